@@ -1,0 +1,35 @@
+/* Types and conventions shared by every ke_omci_tapi header.
+ *
+ * Every exported function returns a status word: 0 success, 1 a back-end
+ * call failed (traced when the log gate is open), other values as each
+ * function documents (a remote status passed through unchanged, or a
+ * 0x7000xxxx argument or state error). */
+#ifndef KE_OMCI_TAPI_TYPES_H
+#define KE_OMCI_TAPI_TYPES_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+#define KE_EXTERN_C_BEGIN extern "C" {
+#define KE_EXTERN_C_END }
+#define KE_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
+#else
+#define KE_EXTERN_C_BEGIN
+#define KE_EXTERN_C_END
+#define KE_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#endif
+
+/* Marks the library's exported names; everything else is hidden. */
+#define KE_API __attribute__((visibility("default")))
+
+/* Pins a record's size, and a field's offset, on every target. */
+#define KE_ASSERT_SIZE(type, bytes) \
+    KE_STATIC_ASSERT(sizeof(type) == (bytes), #type " is " #bytes " bytes")
+#define KE_ASSERT_OFFSET(type, field, off) \
+    KE_STATIC_ASSERT(offsetof(type, field) == (off), #type "." #field " at " #off)
+
+#define KE_OK 0u          /* success */
+#define KE_CALL_FAILED 1u /* a back-end call failed */
+
+#endif

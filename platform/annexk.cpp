@@ -1,0 +1,52 @@
+// The C11 Annex K names the library binds to, forwarded to libsafec.
+//
+// libsafec exports only its checking entry points (_memcpy_s_chk and
+// friends; its headers turn memcpy_s into a macro), so its headers are not
+// included here: the entry points are declared with "object size unknown"
+// for the checks that need the compiler's view of the buffers.
+#include <cstdarg>
+#include <cstddef>
+
+#include "platform.h"
+
+extern "C" {
+
+int _memcpy_s_chk(void *dest, size_t dmax, const void *src, size_t slen, size_t destbos,
+                  size_t srcbos);
+int _memset_s_chk(void *dest, size_t dmax, int value, size_t n, size_t destbos);
+int _strcpy_s_chk(char *dest, size_t dmax, const char *src, size_t destbos);
+int _vsprintf_s_chk(char *dest, size_t dmax, size_t destbos, const char *fmt, va_list ap);
+
+}
+
+namespace {
+constexpr size_t kSizeUnknown = static_cast<size_t>(-1);
+}
+
+extern "C" {
+
+int memcpy_s(void *dest, size_t destsz, const void *src, size_t count)
+{
+    return _memcpy_s_chk(dest, destsz, src, count, kSizeUnknown, kSizeUnknown);
+}
+
+int memset_s(void *dest, size_t destsz, int ch, size_t count)
+{
+    return _memset_s_chk(dest, destsz, ch, count, kSizeUnknown);
+}
+
+int strcpy_s(char *dest, size_t destsz, const char *src)
+{
+    return _strcpy_s_chk(dest, destsz, src, kSizeUnknown);
+}
+
+int sprintf_s(char *dest, size_t destsz, const char *fmt, ...)
+{
+    va_list ap;
+    va_start(ap, fmt);
+    int n = _vsprintf_s_chk(dest, destsz, kSizeUnknown, fmt, ap);
+    va_end(ap);
+    return n;
+}
+
+}  // extern "C"

@@ -1,0 +1,24 @@
+#!/bin/sh
+# Installs the Debian packages the build, the tests and the ARMv7 target
+# need.  Safe to run again: installed packages are left as they are.
+set -eu
+SUDO=
+[ "$(id -u)" -eq 0 ] || SUDO=sudo
+export DEBIAN_FRONTEND=noninteractive
+
+HOST_PACKAGES="cmake make g++ binutils file libgtest-dev libgmock-dev libsafec-dev"
+
+missing=
+for p in $HOST_PACKAGES; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'ok installed' || missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+
+# A mirror can fail an index for a minute while it syncs (exit 100): try a
+# few times, then let the install be the step that must succeed.
+for attempt in 1 2 3 4 5; do
+    $SUDO apt-get update && break
+    echo "apt-get update failed (attempt $attempt), retrying" >&2
+    sleep 15
+done
+$SUDO apt-get install -y --no-install-recommends $missing

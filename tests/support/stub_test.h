@@ -1,0 +1,109 @@
+// Shared test support: a fixture that gives every test a fresh platform
+// stand-in, and readers for the bytes the library sent.
+#ifndef KE_TEST_STUB_TEST_H
+#define KE_TEST_STUB_TEST_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "kestub.h"
+
+namespace ketest {
+
+class StubTest : public ::testing::Test {
+protected:
+    void SetUp() override { kestub::reset(); }
+    void TearDown() override { kestub::reset(); }
+};
+
+inline uint32_t u32_at(const std::vector<uint8_t> &bytes, size_t off)
+{
+    uint32_t v = 0;
+    if (off + 4 <= bytes.size())
+        std::memcpy(&v, bytes.data() + off, 4);
+    return v;
+}
+
+// The request bytes of a record as the library must send them.
+template <class Record>
+inline std::vector<uint8_t> bytes_of(const Record &rec)
+{
+    const auto *b = reinterpret_cast<const uint8_t *>(&rec);
+    return std::vector<uint8_t>(b, b + sizeof rec);
+}
+
+inline std::vector<uint8_t> words(std::initializer_list<uint32_t> ws)
+{
+    std::vector<uint8_t> out(ws.size() * 4);
+    size_t off = 0;
+    for (uint32_t w : ws) {
+        std::memcpy(out.data() + off, &w, 4);
+        off += 4;
+    }
+    return out;
+}
+
+// The names of every remote call made since reset, in order.
+inline std::vector<std::string> call_names()
+{
+    std::vector<std::string> names;
+    for (const auto &c : kestub::ipc_calls())
+        names.push_back(c.name);
+    return names;
+}
+
+// Runs fn with standard output captured and returns what it printed.
+template <class Fn>
+inline std::string printed(Fn fn)
+{
+    kestub::capture_begin();
+    fn();
+    return kestub::capture_end();
+}
+
+// The failed-call trace line as the library prints it for func at line.
+inline std::string info_line(const std::string &func, int line, uint32_t ret)
+{
+    char buf[256];
+    std::snprintf(buf, sizeof buf, "[%s(%d)][INFO]:ui_ret =0x%x, ui_line =%d\n", func.c_str(),
+                  line, static_cast<unsigned>(ret), line);
+    return buf;
+}
+
+// Parses one failed-call line: the function name and its line number.
+// Returns false when text is not exactly one such line for status ret.
+inline bool parse_info_line(const std::string &text, std::string *func, int *line, uint32_t ret)
+{
+    size_t open = text.find('(');
+    if (text.empty() || text[0] != '[' || open == std::string::npos)
+        return false;
+    *func = text.substr(1, open - 1);
+    *line = std::atoi(text.c_str() + open + 1);
+    return *line > 0 && text == info_line(*func, *line, ret);
+}
+
+// True when text is exactly one always-printed copy line of func for op
+// ("memcpy_s", "memset_s", "strcpy_s") with any line number and err.
+inline bool is_copy_line(const std::string &text, const std::string &func, const std::string &op,
+                         int err)
+{
+    std::string head = func + ", ";
+    if (text.rfind(head, 0) != 0)
+        return false;
+    int line = std::atoi(text.c_str() + head.size());
+    char buf[256];
+    std::snprintf(buf, sizeof buf, "%s, %d:%s return[%d] failed \r\n", func.c_str(), line,
+                  op.c_str(), err);
+    return line > 0 && text == buf;
+}
+
+// libsafec's code for a null source or destination.
+inline constexpr int kEsNullPtr = 400;
+
+}  // namespace ketest
+
+#endif
