@@ -1,0 +1,65 @@
+/* Device management: system information, serial number and LOID, reboot. */
+#ifndef KE_OMCI_TAPI_DEVICE_H
+#define KE_OMCI_TAPI_DEVICE_H
+
+#include "types.h"
+
+KE_EXTERN_C_BEGIN
+
+/* ui_product_type codes. */
+#define KE_PRODUCT_SFU 0u
+#define KE_PRODUCT_HGU 1u
+#define KE_PRODUCT_SBU 2u
+#define KE_PRODUCT_OTHER 15u
+
+/* Cached system information: filled once per process by the first
+ * successful ke_omci_tapi_sysinfo_get; all zero before that. */
+typedef struct {
+    uint8_t auc_info_a[4];
+    uint8_t auc_info_b[14];
+    uint8_t auc_info_c[14];
+    uint8_t auc_info_d[20];
+    uint32_t ui_info_e;
+    uint32_t ui_product_type; /* KE_PRODUCT_* */
+    uint32_t ui_user_port_num;
+    uint32_t ui_board_2;
+    uint32_t ui_board_3;
+    uint32_t ui_board_0;
+    uint8_t auc_info_f[12];
+    uint32_t ui_info_g;
+} st_sysinfo;
+KE_ASSERT_SIZE(st_sysinfo, 92);
+KE_ASSERT_OFFSET(st_sysinfo, auc_info_b, 4);
+KE_ASSERT_OFFSET(st_sysinfo, auc_info_c, 18);
+KE_ASSERT_OFFSET(st_sysinfo, auc_info_d, 32);
+KE_ASSERT_OFFSET(st_sysinfo, ui_info_e, 52);
+KE_ASSERT_OFFSET(st_sysinfo, ui_product_type, 56);
+KE_ASSERT_OFFSET(st_sysinfo, ui_user_port_num, 60);
+KE_ASSERT_OFFSET(st_sysinfo, ui_board_2, 64);
+KE_ASSERT_OFFSET(st_sysinfo, ui_board_3, 68);
+KE_ASSERT_OFFSET(st_sysinfo, ui_board_0, 72);
+KE_ASSERT_OFFSET(st_sysinfo, auc_info_f, 76);
+KE_ASSERT_OFFSET(st_sysinfo, ui_info_g, 88);
+
+/* Serial number and LOID; also the request of the LOID served calls and
+ * the layout of the LOID store. */
+typedef struct {
+    uint8_t auc_id_a[6];
+    uint8_t auc_sn[8];
+    uint8_t auc_loid[24];
+    uint8_t auc_loid_pwd[12];
+    uint8_t auc_id_b[16];
+    uint8_t auc_id_c[36];
+} st_sn_loid;
+KE_ASSERT_SIZE(st_sn_loid, 102);
+KE_ASSERT_OFFSET(st_sn_loid, auc_sn, 6);
+KE_ASSERT_OFFSET(st_sn_loid, auc_loid, 14);
+KE_ASSERT_OFFSET(st_sn_loid, auc_loid_pwd, 38);
+KE_ASSERT_OFFSET(st_sn_loid, auc_id_b, 50);
+KE_ASSERT_OFFSET(st_sn_loid, auc_id_c, 66);
+
+KE_API extern st_sysinfo gst_sysinfo;
+
+KE_EXTERN_C_END
+
+#endif

@@ -1,0 +1,9 @@
+/* The whole exported interface of libke_omci_tapi. */
+#ifndef KE_OMCI_TAPI_H
+#define KE_OMCI_TAPI_H
+
+#include "types.h"
+#include "pon.h"
+#include "device.h"
+
+#endif
