@@ -6,7 +6,7 @@ SUDO=
 [ "$(id -u)" -eq 0 ] || SUDO=sudo
 export DEBIAN_FRONTEND=noninteractive
 
-HOST_PACKAGES="cmake make g++ binutils file libgtest-dev libgmock-dev libsafec-dev"
+HOST_PACKAGES="cmake make g++ binutils file pkgconf libgtest-dev libgmock-dev libsafec-dev"
 
 missing=
 for p in $HOST_PACKAGES; do

@@ -17,7 +17,13 @@
 #else
 #define KE_EXTERN_C_BEGIN
 #define KE_EXTERN_C_END
+#if defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 #define KE_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#else
+/* C99: a negative array size stops the build; repeated declarations of
+ * the same char[1] are compatible. */
+#define KE_STATIC_ASSERT(cond, msg) extern char ke_static_assert_failed[(cond) ? 1 : -1]
+#endif
 #endif
 
 /* Marks the library's exported names; everything else is hidden. */
