@@ -1,4 +1,5 @@
-/* Device management: system information, serial number and LOID, reboot. */
+/* Device management: system information, serial number and LOID, reboot;
+ * firmware upgrade; Ethernet port attributes. */
 #ifndef KE_OMCI_TAPI_DEVICE_H
 #define KE_OMCI_TAPI_DEVICE_H
 
@@ -59,6 +60,22 @@ KE_ASSERT_OFFSET(st_sn_loid, auc_id_b, 50);
 KE_ASSERT_OFFSET(st_sn_loid, auc_id_c, 66);
 
 KE_API extern st_sysinfo gst_sysinfo;
+
+/* Copies the cached system information into *pst_info, fetching it first
+ * (two remote calls) while the cache is not filled.  0, also when the copy
+ * into *pst_info fails (copy line printed); 1 traced when a fetch call
+ * failed, with the cache and *pst_info unchanged. */
+KE_API uint32_t ke_omci_tapi_sysinfo_get(st_sysinfo *pst_info);
+
+/* Serial number and identity fields from a fresh system-information reply,
+ * LOID and LOID password from the LOID store.  0, or 1 traced when the
+ * remote call failed (*pst_sn_loid untouched). */
+KE_API uint32_t ke_omci_tapi_sn_loid_get(st_sn_loid *pst_sn_loid);
+
+/* Asks the configuration manager to reboot the device (control code
+ * KE_OAM_CTRL_REBOOT).  0, or 1 traced when it refused. */
+#define KE_OAM_CTRL_REBOOT 0x20000001u
+KE_API uint32_t ke_omci_tapi_reboot(void);
 
 KE_EXTERN_C_END
 
