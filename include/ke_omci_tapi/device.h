@@ -77,6 +77,52 @@ KE_API uint32_t ke_omci_tapi_sn_loid_get(st_sn_loid *pst_sn_loid);
 #define KE_OAM_CTRL_REBOOT 0x20000001u
 KE_API uint32_t ke_omci_tapi_reboot(void);
 
+/* ---- Firmware upgrade ------------------------------------------------
+ *
+ * The device keeps two image sections and a boot flag held by the service.
+ * A download goes to section 0 when the flag is 1 and to section 1
+ * otherwise; stop sets the flag the same way (0 when it was 1, else 1),
+ * so the next start loads the section just written. */
+
+#define UPGRADE_SHARD_MAX 6144        /* the largest shard, in bytes */
+#define KE_UPGRADE_INFO_LEN 24        /* the caller's information block */
+#define KE_UPGRADE_SHARD_REFUSED 0x70000000u
+
+typedef struct {
+    uint32_t ui_section;      /* 0 when the boot flag is 1, otherwise 1 */
+    uint32_t ui_upgrade_word; /* the start's first argument */
+    uint32_t ui_info_2;       /* word 2 of the information block */
+    uint8_t auc_info[KE_UPGRADE_INFO_LEN];
+} st_upgrade_start;
+KE_ASSERT_SIZE(st_upgrade_start, 36);
+KE_ASSERT_OFFSET(st_upgrade_start, ui_upgrade_word, 4);
+KE_ASSERT_OFFSET(st_upgrade_start, ui_info_2, 8);
+KE_ASSERT_OFFSET(st_upgrade_start, auc_info, 12);
+
+typedef struct {
+    uint32_t ui_upgrade_word; /* saved by the last start; 0 before any */
+    uint32_t ui_len;          /* image bytes in this shard */
+    uint8_t auc_data[UPGRADE_SHARD_MAX]; /* the shard, the rest zero */
+} st_upgrade_shard;
+KE_ASSERT_SIZE(st_upgrade_shard, 6152);
+KE_ASSERT_OFFSET(st_upgrade_shard, ui_len, 4);
+KE_ASSERT_OFFSET(st_upgrade_shard, auc_data, 8);
+
+/* Opens a download into the section that is not booted and saves
+ * ui_upgrade_word for the shards that follow.  pv_info points at the
+ * KE_UPGRADE_INFO_LEN-byte information block.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_upgrade_start(uint32_t ui_upgrade_word, const void *pv_info);
+
+/* Sends one shard of ui_len bytes (at most UPGRADE_SHARD_MAX) as a full
+ * st_upgrade_shard.  0, or 1 traced when the remote call failed.  A longer
+ * shard is refused with KE_UPGRADE_SHARD_REFUSED, without a remote call
+ * and without printing. */
+KE_API uint32_t ke_omci_tapi_upgrade_write(const void *pv_data, uint32_t ui_len);
+
+/* Switches the boot flag to the other section and prints
+ * "\r\n%d section will loading!!\r\n\n" with the new flag.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_upgrade_stop(void);
+
 KE_EXTERN_C_END
 
 #endif
