@@ -123,6 +123,69 @@ KE_API uint32_t ke_omci_tapi_upgrade_write(const void *pv_data, uint32_t ui_len)
  * "\r\n%d section will loading!!\r\n\n" with the new flag.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_upgrade_stop(void);
 
+/* ---- Ethernet port attributes ------------------------------------------
+ *
+ * The service keeps a user port's attributes in one record; getters read
+ * it, setters read it, change their own words and write the whole record
+ * back.  Every function returns 0, or 1 traced when a remote call failed;
+ * a setter whose read fails does not write.  Codes and units are the
+ * service's and pass through unchanged. */
+
+typedef struct {
+    uint32_t ui_port;        /* user port, the key */
+    uint32_t ui_type;
+    uint32_t ui_state;
+    uint32_t ui_ethmode_cfg; /* Ethernet mode to configure */
+    uint32_t ui_ethmode;     /* Ethernet mode the port reports */
+    uint32_t ui_link;
+    uint32_t ui_loopback;
+    uint32_t ui_pause;
+    uint32_t aui_incar[4];   /* ingress rate limit parameters */
+    uint32_t ui_reserved;    /* the service's; sent back as read */
+    uint32_t ui_outcar;      /* egress rate limit parameter */
+} st_port_attr;
+KE_ASSERT_SIZE(st_port_attr, 56);
+KE_ASSERT_OFFSET(st_port_attr, ui_type, 4);
+KE_ASSERT_OFFSET(st_port_attr, ui_state, 8);
+KE_ASSERT_OFFSET(st_port_attr, ui_ethmode_cfg, 12);
+KE_ASSERT_OFFSET(st_port_attr, ui_ethmode, 16);
+KE_ASSERT_OFFSET(st_port_attr, ui_link, 20);
+KE_ASSERT_OFFSET(st_port_attr, ui_loopback, 24);
+KE_ASSERT_OFFSET(st_port_attr, ui_pause, 28);
+KE_ASSERT_OFFSET(st_port_attr, aui_incar, 32);
+KE_ASSERT_OFFSET(st_port_attr, ui_reserved, 48);
+KE_ASSERT_OFFSET(st_port_attr, ui_outcar, 52);
+
+/* Getters store one word of the record; a null output pointer makes the
+ * call and stores nothing. */
+KE_API uint32_t ke_omci_tapi_port_type_get(uint32_t ui_port, uint32_t *pui_type);
+KE_API uint32_t ke_omci_tapi_port_state_get(uint32_t ui_port, uint32_t *pui_state);
+KE_API uint32_t ke_omci_tapi_port_ethmode_get(uint32_t ui_port, uint32_t *pui_mode);
+KE_API uint32_t ke_omci_tapi_port_link_get(uint32_t ui_port, uint32_t *pui_link);
+KE_API uint32_t ke_omci_tapi_port_loopback_get(uint32_t ui_port, uint32_t *pui_loopback);
+KE_API uint32_t ke_omci_tapi_port_pause_get(uint32_t ui_port, uint32_t *pui_pause);
+
+/* The mode setter writes ui_ethmode_cfg; the getter reads ui_ethmode. */
+KE_API uint32_t ke_omci_tapi_port_state_set(uint32_t ui_port, uint32_t ui_state);
+KE_API uint32_t ke_omci_tapi_port_ethmode_set(uint32_t ui_port, uint32_t ui_mode);
+KE_API uint32_t ke_omci_tapi_port_loopback_set(uint32_t ui_port, uint32_t ui_loopback);
+KE_API uint32_t ke_omci_tapi_port_pause_set(uint32_t ui_port, uint32_t ui_pause);
+KE_API uint32_t ke_omci_tapi_port_incar_set(uint32_t ui_port, uint32_t ui_incar0,
+                                            uint32_t ui_incar1, uint32_t ui_incar2,
+                                            uint32_t ui_incar3);
+KE_API uint32_t ke_omci_tapi_port_outcar_set(uint32_t ui_port, uint32_t ui_outcar);
+
+/* Accepted and ignored: 0, no remote call, nothing written. */
+KE_API uint32_t ke_omci_tapi_port_mtu_set(uint32_t ui_port, uint32_t ui_mtu);
+KE_API uint32_t ke_omci_tapi_port_mtu_get(uint32_t ui_port, uint32_t *pui_mtu);
+
+/* Managed-entity instance identifier of a user port.  The type of port 0
+ * decides for every port: type 0 gives port + 1, types 1 and 2 give
+ * port + 0x101.  0; 1 traced when the type read failed; KE_PORT_TYPE_UNKNOWN
+ * for any other type, with *pus_instid untouched. */
+#define KE_PORT_TYPE_UNKNOWN 0x70000000u
+KE_API uint32_t ke_omci_tapi_port_pptpinstid_get(uint32_t ui_port, uint16_t *pus_instid);
+
 KE_EXTERN_C_END
 
 #endif
