@@ -25,7 +25,10 @@
 #include <set>
 #include <string>
 
+#include "ke_omci_tapi/device.h"
+#include "ke_omci_tapi/lifecycle.h"
 #include "ke_omci_tapi/pon.h"
+#include "../src/mc/param_dump.h"
 #include "platform.h"
 #include "stub_test.h"
 
@@ -223,7 +226,11 @@ struct Row {
 };
 
 uint32_t g_word;  // an output word the calls may write
+uint16_t g_half;
 uint8_t g_block[64];
+uint8_t g_shard[UPGRADE_SHARD_MAX];
+st_sysinfo g_sysinfo;
+st_sn_loid g_loid;
 
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
@@ -257,6 +264,65 @@ constexpr Row kRows[] = {
     {"ke_omci_tapi_gemport_del", "", Heap::kNone, true, [] { ke_omci_tapi_gemport_del(5); }},
     {"ke_omci_tapi_gemport_loopback_set", "", Heap::kNone, true,
      [] { ke_omci_tapi_gemport_loopback_set(1, 2, 3); }},
+
+    {"ke_omci_tapi_init", "", Heap::kNone, false, [] { ke_omci_tapi_init(); }},
+    {"ke_omci_tapi_exit", "", Heap::kNone, false, [] { ke_omci_tapi_exit(); }},
+    {"ke_omci_set_loid", "", Heap::kNone, true, [] { ke_omci_set_loid(&g_loid); }},
+    {"ke_omci_set_loidpwd", "", Heap::kNone, true, [] { ke_omci_set_loidpwd(&g_loid); }},
+    {"ke_omci_mc_param_get", "", Heap::kNone, true, [] { ke_omci_mc_param_get(&g_word); }},
+    {"ke_ke_omci_set_loid_call", "", Heap::kNone, false,
+     [] { ke_ke_omci_set_loid_call(&g_loid, sizeof g_loid); }},
+    {"ke_ke_omci_set_loidpwd_call", "", Heap::kNone, false,
+     [] { ke_ke_omci_set_loidpwd_call(&g_loid, sizeof g_loid); }},
+    {"ke_ke_omci_mc_param_get_call", "", Heap::kNone, false,
+     [] { ke_ke_omci_mc_param_get_call(&g_word, sizeof g_word); }},
+    {"ke_ke_omci_mc_param_get_ipc", "", Heap::kNone, false,
+     [] { ke_ke_omci_mc_param_get_ipc(&g_word); }},
+    {"ke_ke_omci_set_loid_ipc", "", Heap::kNone, false,
+     [] { ke_ke_omci_set_loid_ipc(&g_loid); }},
+    {"ke_ke_omci_set_loidpwd_ipc", "", Heap::kNone, false,
+     [] { ke_ke_omci_set_loidpwd_ipc(&g_loid); }},
+
+    {"ke_omci_tapi_sysinfo_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_sysinfo_get(&g_sysinfo); }},
+    {"ke_omci_tapi_sn_loid_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_sn_loid_get(&g_loid); }},
+    {"ke_omci_tapi_reboot", "", Heap::kNone, true, [] { ke_omci_tapi_reboot(); }},
+    {"ke_omci_tapi_upgrade_start", "", Heap::kNone, true,
+     [] { ke_omci_tapi_upgrade_start(7, g_block); }},
+    {"ke_omci_tapi_upgrade_write", "", Heap::kNone, true,
+     [] { ke_omci_tapi_upgrade_write(g_shard, sizeof g_shard); }},
+    {"ke_omci_tapi_upgrade_stop", "", Heap::kNone, true, [] { ke_omci_tapi_upgrade_stop(); }},
+    {"ke_omci_tapi_port_type_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_type_get(1, &g_word); }},
+    {"ke_omci_tapi_port_state_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_state_get(1, &g_word); }},
+    {"ke_omci_tapi_port_state_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_state_set(1, 1); }},
+    {"ke_omci_tapi_port_ethmode_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_ethmode_get(1, &g_word); }},
+    {"ke_omci_tapi_port_ethmode_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_ethmode_set(1, 2); }},
+    {"ke_omci_tapi_port_link_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_link_get(1, &g_word); }},
+    {"ke_omci_tapi_port_loopback_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_loopback_get(1, &g_word); }},
+    {"ke_omci_tapi_port_loopback_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_loopback_set(1, 1); }},
+    {"ke_omci_tapi_port_pause_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_pause_get(1, &g_word); }},
+    {"ke_omci_tapi_port_pause_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_pause_set(1, 1); }},
+    {"ke_omci_tapi_port_incar_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_incar_set(1, 100, 200, 300, 400); }},
+    {"ke_omci_tapi_port_outcar_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_outcar_set(1, 300); }},
+    {"ke_omci_tapi_port_mtu_set", "", Heap::kNone, false,
+     [] { ke_omci_tapi_port_mtu_set(1, 1500); }},
+    {"ke_omci_tapi_port_mtu_get", "", Heap::kNone, false,
+     [] { ke_omci_tapi_port_mtu_get(1, &g_word); }},
+    {"ke_omci_tapi_port_pptpinstid_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_port_pptpinstid_get(1, &g_half); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }
