@@ -114,6 +114,23 @@ inline std::vector<uint8_t> cm_record(size_t size,
     return out;
 }
 
+// Success when exactly one configuration-manager operation was made
+// since reset: op on table, carrying exactly record at its size.
+inline ::testing::AssertionResult one_cm_call(kestub::CmOp op, uint32_t table,
+                                              const std::vector<uint8_t> &record)
+{
+    const auto &calls = kestub::cm_calls();
+    if (calls.size() != 1)
+        return ::testing::AssertionFailure() << calls.size() << " table operations";
+    const kestub::CmCall &c = calls[0];
+    if (c.op != op || c.table != table)
+        return ::testing::AssertionFailure()
+               << "operation " << static_cast<int>(c.op) << " on table " << c.table;
+    if (c.size != record.size() || c.record != record)
+        return ::testing::AssertionFailure() << "record of " << c.size << " bytes differs";
+    return ::testing::AssertionSuccess();
+}
+
 // True when text is pattern with every "%d" standing for one and the same
 // source line number (> 0): a trace line whose line number is the
 // implementation's own.
