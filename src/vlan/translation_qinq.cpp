@@ -117,6 +117,15 @@ st_vlan_rule rule_of(uint32_t cvlan, uint32_t svlan, uint32_t spri, uint32_t tpi
     return st_vlan_rule{cvlan, KE_VLAN_NO_MATCH, KE_VLAN_NO_MATCH, svlan, spri, tpid_en};
 }
 
+// Removal of the rule that matches a customer VLAN; its failure line shows
+// the port and the VLAN.
+uint32_t remove_by_cvlan(ke::Site site, const RuleRequest &req, uint32_t port, uint32_t cvlan,
+                         const char *format)
+{
+    return cm::report_ungated(site, send_rule(req, port, rule_of(cvlan, 0, 0, 0)), format, port,
+                              cvlan);
+}
+
 // A caller's translation rule; its failure line shows the port, the outer
 // VLAN, the TPID enable and type.  No rule, no write.
 uint32_t write_opt_rule(ke::Site site, const RuleRequest &req, uint32_t port,
@@ -157,9 +166,8 @@ uint32_t ke_omci_tapi_vlan_translation_set(uint32_t ui_port, uint32_t ui_cvlan, 
 
 uint32_t ke_omci_tapi_vlan_translation_del(uint32_t ui_port, uint32_t ui_cvlan)
 {
-    uint32_t ret = send_rule(kTranslationDel, ui_port, rule_of(ui_cvlan, 0, 0, 0));
-    return cm::report_ungated(KE_SITE, ret, "%s[%d] del traslation port=%u,cvlan=%u fail, ret=%d\n",
-                              ui_port, ui_cvlan);
+    return remove_by_cvlan(KE_SITE, kTranslationDel, ui_port, ui_cvlan,
+                           "%s[%d] del traslation port=%u,cvlan=%u fail, ret=%d\n");
 }
 
 uint32_t ke_omci_tapi_vlan_translation_opt_set(uint32_t ui_port, const st_vlan_rule *pst_rule)
@@ -188,9 +196,8 @@ uint32_t ke_omci_tapi_port_qinq_set(uint32_t ui_port, uint32_t ui_spri, uint32_t
 
 uint32_t ke_omci_tapi_port_qinq_del(uint32_t ui_port, uint32_t ui_cvlan)
 {
-    uint32_t ret = send_rule(kPortQinqDel, ui_port, rule_of(ui_cvlan, 0, 0, 0));
-    return cm::report_ungated(KE_SITE, ret, "%s[%d] del qinq port=%u,cvlan=%u fail, ret=%d\n",
-                              ui_port, ui_cvlan);
+    return remove_by_cvlan(KE_SITE, kPortQinqDel, ui_port, ui_cvlan,
+                           "%s[%d] del qinq port=%u,cvlan=%u fail, ret=%d\n");
 }
 
 uint32_t ke_omci_tapi_qinq_set(uint32_t ui_port, uint32_t ui_cvlan, uint32_t ui_svlan,
@@ -204,9 +211,8 @@ uint32_t ke_omci_tapi_qinq_set(uint32_t ui_port, uint32_t ui_cvlan, uint32_t ui_
 
 uint32_t ke_omci_tapi_qinq_del(uint32_t ui_port, uint32_t ui_cvlan)
 {
-    uint32_t ret = send_rule(kQinqDel, ui_port, rule_of(ui_cvlan, 0, 0, 0));
-    return cm::report_ungated(KE_SITE, ret, "%s[%d] del qinq port=%u,cvlan=%u fail, ret=%d\n",
-                              ui_port, ui_cvlan);
+    return remove_by_cvlan(KE_SITE, kQinqDel, ui_port, ui_cvlan,
+                           "%s[%d] del qinq port=%u,cvlan=%u fail, ret=%d\n");
 }
 
 uint32_t ke_omci_tapi_qinq_full_set(uint32_t ui_port, const st_vlan_rule *pst_rule)
