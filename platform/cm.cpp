@@ -37,6 +37,10 @@ std::vector<CmKeyField> default_key(uint32_t table)
 {
     if (table == 815 || table == 816)
         return {{4, 4}};
+    if (table == 808)  // one membership per port and VLAN
+        return {{8, 8}};
+    if (table == 813 || table == 814)  // a rule: the port and its three match words
+        return {{8, 28}};
     if (table >= 807 && table <= 834)
         return {{8, 4}};
     if (table == 448 || table == 449 || table == 458)
@@ -94,7 +98,7 @@ uint32_t log_op(CmOp op, uint32_t table, const void *rec, uint32_t size, uint32_
                 uint32_t status)
 {
     CmCall c{op, table, {}, size, count, status};
-    if (rec != nullptr && op != CmOp::Get && op != CmOp::GetAllEntry) {
+    if (rec != nullptr && op != CmOp::GetAllEntry) {
         const auto *b = static_cast<const uint8_t *>(rec);
         c.record.assign(b, b + size);
     }
@@ -157,6 +161,8 @@ extern "C" {
 uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
 {
     uint32_t status = kestub::fault_for(table);
+    // Logged before the reply overwrites it: the bytes are the request.
+    kestub::log_op(CmOp::Get, table, record, size, 0, status);
     if (status == 0 && record != nullptr) {
         auto *rec = static_cast<uint8_t *>(record);
         kestub::Bytes *e = kestub::find(table, rec, size);
@@ -165,7 +171,8 @@ uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
         else
             std::memcpy(rec, e->data(), std::min<size_t>(size, e->size()));
     }
-    return kestub::log_op(CmOp::Get, table, record, size, 0, status);
+    kestub::cm().calls.back().status = status;
+    return status;
 }
 
 uint32_t igdCmConfSet(uint32_t table, void *record, uint32_t size)
