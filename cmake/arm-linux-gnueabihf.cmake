@@ -14,7 +14,8 @@ set(CMAKE_STRIP ${KE_TRIPLE}-strip CACHE FILEPATH "")
 # The armhf packages (GoogleTest, libsafec) install under the multiarch
 # directories of the host's root; the cross C library lives in its own.
 set(CMAKE_LIBRARY_ARCHITECTURE ${KE_TRIPLE})
-set(CMAKE_FIND_ROOT_PATH /usr/${KE_TRIPLE})
+# Appended, so an image build can put its staging tree first.
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/${KE_TRIPLE})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)

@@ -14,9 +14,15 @@ ctest --test-dir build/host --output-on-failure
 scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release
 ctest --test-dir build/release --output-on-failure
 
+# The library as an image build takes it: installed, and consumed through
+# pkg-config and the CMake package.
+tests/consumer/run.sh build/release
+
 scripts/build.sh build/armv7 -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake \
     -DCMAKE_BUILD_TYPE=Release -DKE_FOOTPRINT=ON
 ctest --test-dir build/armv7 --output-on-failure
+
+CC=arm-linux-gnueabihf-gcc tests/consumer/run.sh build/armv7 "$PWD/cmake/arm-linux-gnueabihf.cmake"
 
 scripts/build.sh build/armv7-musl -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-musleabihf.cmake \
     -DCMAKE_BUILD_TYPE=Release -DKE_LIBRARY_ONLY=ON -DKE_FOOTPRINT=ON

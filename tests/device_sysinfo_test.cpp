@@ -1,7 +1,7 @@
 // System information: the byte mapping of both replies, the cache filled
 // once per process, the product type; the serial-number and LOID read;
 // reboot.  Only the first test fills the cache in this process; the
-// product-type cases each run in a process of their own.
+// product-type cases run in processes of their own (device_product_type_test).
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -9,6 +9,7 @@
 
 #include "ke_omci_tapi/lifecycle.h"
 #include "stub_test.h"
+#include "sysinfo_replies.h"
 
 namespace {
 
@@ -16,29 +17,11 @@ using Bytes = std::vector<uint8_t>;
 using ketest::bytes_of;
 using ketest::call_names;
 using ketest::printed;
+using ketest::patterned;
+using ketest::script;
+using ketest::sysinfo_reply;
 
 class Sysinfo : public ketest::StubTest {};
-
-// Pseudo-random bytes, so a field read from a wrong offset shows.
-Bytes patterned(size_t len, uint32_t seed)
-{
-    Bytes out(len);
-    for (uint8_t &b : out)
-        b = static_cast<uint8_t>((seed = seed * 1103515245u + 12345u) >> 16);
-    return out;
-}
-
-Bytes sysinfo_reply(const std::string &product, uint32_t seed)
-{
-    Bytes r = patterned(720, seed);
-    std::memcpy(r.data() + 255, product.c_str(), product.size() + 1);
-    return r;
-}
-
-void script(const char *name, const Bytes &reply)
-{
-    kestub::ipc_script(name, 0, reply.data(), reply.size());
-}
 
 // Fields: record offset, width, reply offset; from the board reply when
 // marked, otherwise from the system-information reply.
@@ -112,37 +95,6 @@ TEST_F(Sysinfo, CacheIsFilledOnceAndOnlyByAWholeFetch)
                                      ketest::kEsNullPtr))
         << copy_line;
     EXPECT_TRUE(kestub::ipc_calls().empty());
-}
-
-// Each case runs in a child that re-executes this test alone, so the
-// library there is freshly loaded; the child exits with the code found.
-TEST_F(Sysinfo, ProductTypeIgnoresLetterCaseButNotExtraCharacters)
-{
-    struct {
-        const char *text;
-        int code;
-    } cases[] = {{"SFU", 0},  {"sfu", 0},  {"sFu", 0},  {"HGU", 1},   {"Hgu", 1},
-                 {"SBU", 2},  {"sbU", 2},  {"SFU1", 15}, {"HGU ", 15}, {" SBU", 15},
-                 {"SF", 15},  {"", 15},    {"ONT", 15},  {nullptr, 15}};
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const auto &c : cases) {
-        auto child = [&] {
-            Bytes info = patterned(720, 5);
-            if (c.text != nullptr)
-                info = sysinfo_reply(c.text, 5);
-            else  // no terminator up to the end of the reply
-                std::memset(info.data() + 255, 'S', 720 - 255);
-            script("ke_ke_board_info_get_call", patterned(956, 3));
-            script("ke_ke_sysinfo_data_get_call", info);
-            st_sysinfo out;
-            if (ke_omci_tapi_sysinfo_get(&out) != 0 ||
-                out.ui_product_type != gst_sysinfo.ui_product_type)
-                return 99;
-            return static_cast<int>(out.ui_product_type);
-        };
-        EXPECT_EXIT(std::_Exit(child()), ::testing::ExitedWithCode(c.code), "")
-            << (c.text ? c.text : "(unterminated)");
-    }
 }
 
 TEST_F(Sysinfo, SnLoidTakesAFreshReplyEveryTimeAndTheStore)

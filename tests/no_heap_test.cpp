@@ -28,6 +28,7 @@
 #include "ke_omci_tapi/device.h"
 #include "ke_omci_tapi/lifecycle.h"
 #include "ke_omci_tapi/pon.h"
+#include "ke_omci_tapi/vlan.h"
 #include "../src/mc/param_dump.h"
 #include "platform.h"
 #include "stub_test.h"
@@ -231,6 +232,8 @@ uint8_t g_block[64];
 uint8_t g_shard[UPGRADE_SHARD_MAX];
 st_sysinfo g_sysinfo;
 st_sn_loid g_loid;
+st_vlan_rule g_rule = {100, KE_VLAN_NO_MATCH, KE_VLAN_NO_MATCH, 200, 3, 1};
+st_port_mode_update g_port_mode;
 
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
@@ -323,6 +326,39 @@ constexpr Row kRows[] = {
      [] { ke_omci_tapi_port_mtu_get(1, &g_word); }},
     {"ke_omci_tapi_port_pptpinstid_get", "", Heap::kNone, true,
      [] { ke_omci_tapi_port_pptpinstid_get(1, &g_half); }},
+
+    {"ke_omci_tapi_vlan_filter_set", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_filter_set(1, 2); }},
+    {"ke_omci_tapi_vlan_filter_get", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_filter_get(1, &g_word); }},
+    {"ke_omci_tapi_vlan_set", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_set(1, 100); }},
+    {"ke_omci_tapi_vlan_del", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_del(1, 100); }},
+    {"ke_omci_tapi_defpri_set", "", Heap::kNone, true, [] { ke_omci_tapi_defpri_set(1, 5); }},
+    {"ke_omci_tapi_tagact_set", "", Heap::kNone, true, [] { ke_omci_tapi_tagact_set(1, 1, 2, 3); }},
+    {"ke_omci_tapi_deftag_set", "", Heap::kNone, true, [] { ke_omci_tapi_deftag_set(1, 100, 5, 1); }},
+    {"ke_omci_tapi_deftag_get", "", Heap::kNone, false, [] { ke_omci_tapi_deftag_get(); }},
+    {"ke_omci_tapi_tpid_set", "", Heap::kNone, false, [] { ke_omci_tapi_tpid_set(); }},
+    {"ke_omci_tapi_untag_addtag_set", "", Heap::kNone, false, [] { ke_omci_tapi_untag_addtag_set(); }},
+    {"ke_omci_tapi_untag_addtag_del", "", Heap::kNone, false, [] { ke_omci_tapi_untag_addtag_del(); }},
+    {"ke_omci_tapi_vlan_translation_set", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_translation_set(1, 100, 200, 1); }},
+    {"ke_omci_tapi_vlan_translation_del", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_translation_del(1, 100); }},
+    {"ke_omci_tapi_vlan_translation_opt_set", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_translation_opt_set(1, &g_rule); }},
+    {"ke_omci_tapi_vlan_translation_opt_del", "", Heap::kNone, true, [] { ke_omci_tapi_vlan_translation_opt_del(1, &g_rule); }},
+    {"ke_omci_tapi_port_qinq_set", "", Heap::kNone, true, [] { ke_omci_tapi_port_qinq_set(1, 3, 200, 1); }},
+    {"ke_omci_tapi_port_qinq_del", "", Heap::kNone, true, [] { ke_omci_tapi_port_qinq_del(1, 100); }},
+    {"ke_omci_tapi_qinq_set", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_set(1, 100, 200, 1); }},
+    {"ke_omci_tapi_qinq_del", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_del(1, 100); }},
+    {"ke_omci_tapi_qinq_full_set", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_full_set(1, &g_rule); }},
+    {"ke_omci_tapi_qinq_full_del", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_full_del(1, &g_rule); }},
+    {"ke_omci_tapi_qinq_vlan_set", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_vlan_set(1, &g_rule); }},
+    {"ke_omci_tapi_qinq_vlan_del", "", Heap::kNone, true, [] { ke_omci_tapi_qinq_vlan_del(1, &g_rule); }},
+    {"ke_omci_tapi_tls_ctag_set", "", Heap::kNone, false, [] { ke_omci_tapi_tls_ctag_set(); }},
+    {"ke_omci_tapi_tls_ctag_del", "", Heap::kNone, false, [] { ke_omci_tapi_tls_ctag_del(); }},
+    {"ke_omci_tapi_tls_stag_set", "", Heap::kNone, false, [] { ke_omci_tapi_tls_stag_set(); }},
+    {"ke_omci_tapi_tls_stag_del", "", Heap::kNone, false, [] { ke_omci_tapi_tls_stag_del(); }},
+    {"ke_omci_tapi_check_port_mode_is_sfu", "", Heap::kNone, true, [] { ke_omci_tapi_check_port_mode_is_sfu(1); }},
+    {"ke_omci_update_the_cm_table", "", Heap::kNone, true, [] { ke_omci_update_the_cm_table(&g_port_mode); }},
+    {"ke_omci_init_the_port_to_sfu", "", Heap::kNone, true, [] { ke_omci_init_the_port_to_sfu(1); }},
+    {"ke_omci_restore_the_port_to_hgu", "", Heap::kNone, true, [] { ke_omci_restore_the_port_to_hgu(1); }},
+    {"ke_omci_notify_sfu_trunk", "", Heap::kNone, true, [] { ke_omci_notify_sfu_trunk(1, 2); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }
