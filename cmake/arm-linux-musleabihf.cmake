@@ -1,5 +1,5 @@
 # The device's own C library: the library alone, built against musl for
-# ARMv7-A.  Debian ships musl for this triple as a specs file for the
+# ARMv7-A.  Debian ships musl for this triple as a driver file (musl-gcc.specs) for the
 # arm-linux-gnueabihf compiler, so the same compiler is used with musl's
 # headers, start files and libc.so in place of glibc's.
 #

@@ -61,7 +61,7 @@ records_of() {
     function record_bytes(t) {
         return tag[strip(t)] ~ /structure_type|class_type|union_type|array_type/ ? bytes(t) : 0
     }
-    function origin_of(o) { return origin[o] != "" ? origin[o] : spec[o] }
+    function origin_of(o) { return origin[o] != "" ? origin[o] : decl_of[o] }
     function type_of(o) {
         while (type[o] == "" && origin_of(o) != "") o = origin_of(o)
         return type[o]
@@ -88,7 +88,7 @@ records_of() {
         a = $2; v = $0; sub(/^[^:]*: /, "", v)
         if (a == "DW_AT_type") type[cur] = ref(v)
         else if (a == "DW_AT_abstract_origin") origin[cur] = ref(v)
-        else if (a == "DW_AT_specification") spec[cur] = ref(v)
+        else if (a == "DW_AT_specification") decl_of[cur] = ref(v)
         else if (a == "DW_AT_byte_size") bsize[cur] = num(v)
         else if (a == "DW_AT_decl_line") line[cur] = num(v)
         else if (a == "DW_AT_decl_column") col[cur] = num(v)
