@@ -171,8 +171,9 @@ KE_ASSERT_OFFSET(st_wan_conn_list_entry, ac_name, 16);
 
 /* Reads one uci value ("network.pon_1", "network.@device[0].name") into
  * value (at most size - 1 characters of the first line, without its line
- * feed).  0 when a value was read; -1 otherwise, and for a text that holds
- * anything but letters, digits and . _ @ [ ] - or is too long. */
+ * feed).  0 when a value was read; -1 otherwise, and, without running
+ * anything, for a text longer than 223 characters or holding anything but
+ * letters, digits, blanks and . _ @ [ ] -. */
 KE_API int omci_uci_get(const char *name, char *value, int size);
 
 /* Adds an anonymous section ("network device") and reads its name into
