@@ -59,7 +59,10 @@ const char *service_name(uint32_t service)
     return "INTERNET";
 }
 
-const char *proto_of(uint8_t addr_mode) { return addr_mode == KE_WAN_ADDR_DHCP ? "dhcp" : "static"; }
+const char *proto_of(uint8_t addr_mode)
+{
+    return addr_mode == KE_WAN_ADDR_DHCP ? "dhcp" : "static";
+}
 
 // The lowest slot n whose network.pon_n uci does not know; 0 when all are.
 int free_slot()
@@ -107,10 +110,12 @@ void add_dns_servers(const WanConn &rec, const char *iface, char *value)
 {
     if (rec.u8(conn::kDns) == 0)
         return;
+    const char *text = reinterpret_cast<const char *>(rec.data() + conn::kDns);
     char dns[64] = {};
-    if (copy_text(CREATE_SITE, dns, sizeof dns, reinterpret_cast<const char *>(rec.data() + conn::kDns)) != 0)
+    if (copy_text(CREATE_SITE, dns, sizeof dns, text) != 0)
         dns[0] = '\0';
-    for (char *token = ke_os_strtok(dns, ","); token != nullptr; token = ke_os_strtok(nullptr, ",")) {
+    for (char *token = ke_os_strtok(dns, ","); token != nullptr;
+         token = ke_os_strtok(nullptr, ",")) {
         if (*token == '\0')
             continue;
         if (copy_text(CREATE_SITE, value, kValueSize, token) != 0 || !is_dotted_ipv4(value)) {
