@@ -29,6 +29,7 @@
 #include "ke_omci_tapi/lifecycle.h"
 #include "ke_omci_tapi/pon.h"
 #include "ke_omci_tapi/vlan.h"
+#include "ke_omci_tapi/voip_wan.h"
 #include "../src/mc/param_dump.h"
 #include "platform.h"
 #include "stub_test.h"
@@ -190,6 +191,7 @@ KE_FORWARD(int, memcpy_s, (void *dest, ke_rsize_t destsz, const void *src, ke_rs
            (dest, destsz, src, count))
 KE_FORWARD(int, memset_s, (void *dest, ke_rsize_t destsz, int ch, ke_rsize_t count),
            (dest, destsz, ch, count))
+KE_FORWARD(int, system, (const char *command), (command))
 KE_FORWARD(int, strcpy_s, (char *dest, ke_rsize_t destsz, const char *src), (dest, destsz, src))
 
 // The platform's heap is heap too: what the library takes from it counts.
@@ -234,6 +236,10 @@ st_sysinfo g_sysinfo;
 st_sn_loid g_loid;
 st_vlan_rule g_rule = {100, KE_VLAN_NO_MATCH, KE_VLAN_NO_MATCH, 200, 3, 1};
 st_port_mode_update g_port_mode;
+char g_text[64];
+uint32_t g_mac[6];
+st_wan_conn g_wan_conn;
+st_voip_wan_attr g_wan_attr;
 
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
@@ -359,6 +365,31 @@ constexpr Row kRows[] = {
     {"ke_omci_init_the_port_to_sfu", "", Heap::kNone, true, [] { ke_omci_init_the_port_to_sfu(1); }},
     {"ke_omci_restore_the_port_to_hgu", "", Heap::kNone, true, [] { ke_omci_restore_the_port_to_hgu(1); }},
     {"ke_omci_notify_sfu_trunk", "", Heap::kNone, true, [] { ke_omci_notify_sfu_trunk(1, 2); }},
+
+    {"omci_uci_get", "", Heap::kFreedBeforeReturn, false,
+     [] { omci_uci_get("network.pon_1.ifname", g_text, sizeof g_text); }},
+    {"omci_uci_add", "", Heap::kFreedBeforeReturn, false,
+     [] { omci_uci_add("network.device", g_text, sizeof g_text); }},
+    {"omci_iptochar", "", Heap::kNone, false,
+     [] { omci_iptochar(g_block, g_text, sizeof g_text); }},
+    {"__omci_chartoip", "", Heap::kNone, false, [] { __omci_chartoip("192.168.1.1"); }},
+    {"mac_increase_with_offset", "", Heap::kNone, false,
+     [] { mac_increase_with_offset(g_mac, 3); }},
+    {"igdCmConfGetEntryNumByUci", "", Heap::kFreedBeforeReturn, false,
+     [] { igdCmConfGetEntryNumByUci(&g_word); }},
+    {"igdCmConfAddByUci", "", Heap::kFreedBeforeReturn, false,
+     [] { igdCmConfAddByUci(&g_wan_conn); }},
+    {"ke_omci_tapi_voip_wan_set", "no WAN slot yet", Heap::kFreedBeforeReturn, false,
+     [] {
+         g_wan_attr.us_service = 1;
+         g_wan_attr.ui_vlan_id = 100;
+         g_wan_attr.ui_vlan_id_set = 1;
+         ke_omci_tapi_voip_wan_set(&g_wan_attr);
+     }},
+    {"ke_omci_tapi_voip_wan_get", "", Heap::kFreedBeforeReturn, true,
+     [] { ke_omci_tapi_voip_wan_get(&g_wan_attr); }},
+    {"ke_omci_tapi_voip_wan_del", "", Heap::kFreedBeforeReturn, true,
+     [] { ke_omci_tapi_voip_wan_del(1); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }
