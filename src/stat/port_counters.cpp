@@ -43,11 +43,20 @@ uint64_t service_counter(const st_port_stat &rec, int k)
     return k == kNone ? 0 : rec.aull_counter[k];
 }
 
-uint32_t read_port_stat(ke::Site site, uint32_t port, st_port_stat &rec)
+// Reads the port's service counters and delivers out[i] = the counter
+// that sources[i] names, narrowed to the caller's width by truncation.
+template <class Out, size_t N>
+uint32_t read_mapped(ke::Site site, uint32_t port, const std::array<int, N> &sources, Out *out)
 {
+    st_port_stat rec;
     ke::zero(rec);
     rec.ui_port = port;
-    return ke::call(site, "ke_ke_sml_port_stat_get_call", rec);
+    if (ke::call(site, "ke_ke_sml_port_stat_get_call", rec) != 0)
+        return 1;
+    if (out != nullptr)
+        for (size_t i = 0; i < N; ++i)
+            out[i] = static_cast<Out>(service_counter(rec, sources[i]));
+    return 0;
 }
 
 }  // namespace
@@ -56,26 +65,15 @@ extern "C" {
 
 uint32_t ke_omci_tapi_stat_eth_get(uint32_t ui_port, st_eth_stat *pst_stat)
 {
-    st_port_stat rec;
-    if (read_port_stat(KE_SITE, ui_port, rec) != 0)
-        return 1;
-    if (pst_stat != nullptr)
-        for (size_t j = 0; j < kEthFromService.size(); ++j)
-            pst_stat->aull_counter[j] = service_counter(rec, kEthFromService[j]);
-    return 0;
+    return read_mapped(KE_SITE, ui_port, kEthFromService,
+                       pst_stat != nullptr ? pst_stat->aull_counter : nullptr);
 }
 
-// The low 32 bits by truncation, without saturation.
+// The low 32 bits, without saturation.
 uint32_t ke_omci_tapi_stat_brport_get(uint32_t ui_port, st_brport_stat *pst_stat)
 {
-    st_port_stat rec;
-    if (read_port_stat(KE_SITE, ui_port, rec) != 0)
-        return 1;
-    if (pst_stat != nullptr)
-        for (size_t w = 0; w < kBrportFromService.size(); ++w)
-            pst_stat->aui_counter[w] =
-                static_cast<uint32_t>(service_counter(rec, kBrportFromService[w]));
-    return 0;
+    return read_mapped(KE_SITE, ui_port, kBrportFromService,
+                       pst_stat != nullptr ? pst_stat->aui_counter : nullptr);
 }
 
 uint32_t ke_omci_tapi_stat_eth_clr(void) { return 0; }

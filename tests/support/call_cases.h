@@ -1,6 +1,7 @@
 // Table-driven checks of single-call functions: which remote procedure a
-// function calls, the bytes and length it sends, and how it turns the
-// remote status into its own (passed through, or plain: 0 or 1 traced).
+// function calls, the bytes and length it sends, how it turns the remote
+// status into its own (passed through, or plain: 0 or 1 traced), and what
+// reaches the caller's output after a success and after a failure.
 #ifndef KE_TEST_CALL_CASES_H
 #define KE_TEST_CALL_CASES_H
 
@@ -18,34 +19,53 @@ enum class StatusRule {
     Plain,        // 0, or 1 with one gated trace line naming the function
 };
 
+using Bytes = std::vector<uint8_t>;
+
 struct CallCase {
     const char *func;  // the exported function, as a trace line names it
     const char *remote;
     std::function<uint32_t()> invoke;
-    std::vector<uint8_t> request;  // empty with null_buf for a call without a record
+    Bytes request;  // empty for a call without a record
     StatusRule rule;
+    // For getters: the service's reply, the caller's output as bytes (the
+    // invoke fills it with kUntouched first) and what it must hold after a
+    // success (checked when a reply is given); after a failed plain call,
+    // kept (every byte kUntouched when empty).
+    Bytes reply = {};
+    std::function<Bytes()> output = nullptr;
+    Bytes delivered = {};
+    Bytes kept = {};
     bool null_buf = false;
 };
 
-// Bytes 0..n-1 counting up from first: a block whose every byte differs.
-inline std::vector<uint8_t> counting(size_t n, uint8_t first = 1)
+inline constexpr uint8_t kUntouched = 0xEE;
+
+// Fills an output object with kUntouched and hands out its address.
+template <class T>
+inline T *fresh(T &out)
 {
-    std::vector<uint8_t> v(n);
+    std::memset(static_cast<void *>(&out), kUntouched, sizeof out);
+    return &out;
+}
+
+// Bytes counting up from first: a block whose every byte differs.
+inline Bytes counting(size_t n, uint8_t first = 1)
+{
+    Bytes v(n);
     for (size_t i = 0; i < n; ++i)
         v[i] = static_cast<uint8_t>(first + i);
     return v;
 }
 
-// Concatenation of byte strings, for spelling out a request.
-inline std::vector<uint8_t> cat(std::initializer_list<std::vector<uint8_t>> parts)
+inline Bytes cat(std::initializer_list<Bytes> parts)
 {
-    std::vector<uint8_t> out;
+    Bytes out;
     for (const auto &p : parts)
         out.insert(out.end(), p.begin(), p.end());
     return out;
 }
 
-inline std::vector<uint8_t> zeros(size_t n) { return std::vector<uint8_t>(n, 0); }
+inline Bytes zeros(size_t n) { return Bytes(n, 0); }
 
 // Runs every case with a succeeding and two failing statuses, the log gate
 // open, and checks the one call it makes and what it returns and prints.
@@ -56,7 +76,7 @@ inline void check_call_cases(const std::vector<CallCase> &cases)
             SCOPED_TRACE(std::string(c.func) + " with status " + std::to_string(status));
             kestub::reset();
             kestub::log_set(true);
-            kestub::ipc_script(c.remote, status);
+            kestub::ipc_script(c.remote, status, c.reply.data(), c.reply.size());
             uint32_t ret = 0;
             std::string out = printed([&] { ret = c.invoke(); });
 
@@ -79,6 +99,12 @@ inline void check_call_cases(const std::vector<CallCase> &cases)
                 int line = 0;
                 EXPECT_TRUE(parse_info_line(out, &func, &line, status)) << out;
                 EXPECT_EQ(func, c.func);
+            }
+            if (c.output && status == 0 && !c.reply.empty()) {
+                EXPECT_EQ(c.output(), c.delivered);
+            } else if (c.output && status != 0 && c.rule == StatusRule::Plain) {
+                Bytes got = c.output();
+                EXPECT_EQ(got, c.kept.empty() ? Bytes(got.size(), kUntouched) : c.kept);
             }
         }
     }
