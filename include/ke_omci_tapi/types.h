@@ -39,11 +39,8 @@
  * sit on 8-byte boundaries in the service's records, also where the ABI
  * would align them to 4 only. */
 #define KE_ALIGNED(n) __attribute__((aligned(n)))
-#ifdef __cplusplus
-#define KE_ASSERT_ALIGN(type, n) static_assert(alignof(type) == (n), #type " aligned to " #n)
-#else
-#define KE_ASSERT_ALIGN(type, n) _Static_assert(_Alignof(type) == (n), #type " aligned to " #n)
-#endif
+#define KE_ASSERT_ALIGN(type, n) \
+    KE_STATIC_ASSERT(__alignof__(type) == (n), #type " aligned to " #n)
 
 #define KE_OK 0u          /* success */
 #define KE_CALL_FAILED 1u /* a back-end call failed */

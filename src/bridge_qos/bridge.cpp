@@ -1,7 +1,5 @@
 // MAC bridge: learning and its limit, ageing, port isolation, MAC filters
 // and the learned MAC table.
-#include <algorithm>
-
 #include "ke_omci_tapi/bridge_qos.h"
 #include "ke_omci_tapi/device.h"
 
@@ -115,7 +113,11 @@ uint32_t ke_omci_tapi_br_table_get(uint32_t ui_port, uint32_t *pui_num, st_br_ma
     uint32_t n = 0;
     if (ke::pass_through("ke_ke_sml_br_table_get_call", rec) == 0 && rec.ui_entry_num != 0) {
         uint32_t capacity = (pui_num != nullptr && pst_mac != nullptr) ? *pui_num : 0;
-        n = std::min({rec.ui_entry_num, capacity, uint32_t{BR_TABLE_MAX}});
+        n = rec.ui_entry_num;
+        if (n > capacity)
+            n = capacity;
+        if (n > BR_TABLE_MAX)
+            n = BR_TABLE_MAX;
         for (uint32_t i = 0; i < n; ++i)
             deliver_mac(KE_SITE, rec.ast_entry[i], pst_mac[i]);
     }

@@ -33,9 +33,7 @@ uint32_t ke_omci_tapi_dscp_map_set(const void *pv_dscp)
 {
     st_dscp_map rec;
     ke::zero(rec);
-    const uint8_t *map = nullptr;
-    if (pv_dscp != nullptr)
-        map = static_cast<const uint8_t *>(pv_dscp) + offsetof(st_dscp, auc_map);
+    const uint8_t *map = ke::bytes_at(pv_dscp, offsetof(st_dscp, auc_map));
     ke::copy(KE_SITE, rec.auc_map, sizeof rec.auc_map, map, KE_DSCP_MAP_LEN);
     return ke::call(KE_SITE, "ke_ke_sml_dscp_map_set_call", rec);
 }
@@ -59,8 +57,7 @@ uint32_t ke_omci_tapi_car_set(uint32_t *pui_car_id, const void *pv_car)
     st_car rec;
     ke::zero(rec);
     if (pv_car != nullptr)
-        std::memcpy(&rec.ui_rate, static_cast<const uint8_t *>(pv_car) + kCallerRateOffset,
-                    sizeof rec.ui_rate);
+        std::memcpy(&rec.ui_rate, ke::bytes_at(pv_car, kCallerRateOffset), sizeof rec.ui_rate);
     if (ke::call(KE_SITE, "ke_ke_sml_car_set_call", rec) != 0)
         return 1;
     ke::store(pui_car_id, rec.ui_car_id);
@@ -75,8 +72,7 @@ uint32_t ke_omci_tapi_car_get(uint32_t ui_car_id, void *pv_car)
     if (ke::call(KE_SITE, "ke_ke_sml_car_get_call", rec) != 0)
         return 1;
     if (pv_car != nullptr)
-        std::memcpy(static_cast<uint8_t *>(pv_car) + kCallerRateOffset, &rec.ui_rate,
-                    sizeof rec.ui_rate);
+        std::memcpy(ke::bytes_at(pv_car, kCallerRateOffset), &rec.ui_rate, sizeof rec.ui_rate);
     return 0;
 }
 

@@ -1,5 +1,6 @@
 // Line security keys and time of day.  Keys only pass through on their way
 // to the line; the library keeps none of them.
+#include <cstddef>
 #include <cstdio>
 
 #include "ke_omci_tapi/pon.h"
@@ -8,19 +9,21 @@
 
 namespace {
 
-// Key material goes to the console at trace level 7, as the line's
-// bring-up has always shown it; the log configuration decides whether the
-// gate ever opens.
+// Key material goes to the console whenever the level-7 gate is open;
+// whether it ever opens in the field is the log configuration's call.  The
+// bytes are formatted first (" %x" each), so the line is one printf with
+// few arguments: sixteen more would cost the frame 64 bytes of outgoing
+// arguments.
 void trace_msk(ke::Site site, const st_msk &msk)
 {
     if (!ke::log_gate_open())
         return;
-    const uint8_t *k = msk.auc_key;
-    std::printf("[%s(%d)]st_msk.auc_key: %x %x %x %x %x %x %x %x %x %x %x %x %x %x %x %x\n",
-                site.func, site.line, unsigned{k[0]}, unsigned{k[1]}, unsigned{k[2]},
-                unsigned{k[3]}, unsigned{k[4]}, unsigned{k[5]}, unsigned{k[6]}, unsigned{k[7]},
-                unsigned{k[8]}, unsigned{k[9]}, unsigned{k[10]}, unsigned{k[11]},
-                unsigned{k[12]}, unsigned{k[13]}, unsigned{k[14]}, unsigned{k[15]});
+    char hex[KE_KEY_LEN * 3 + 1] = "";
+    size_t used = 0;
+    for (uint8_t b : msk.auc_key)
+        used += static_cast<size_t>(
+            std::snprintf(hex + used, sizeof hex - used, " %x", unsigned{b}));
+    std::printf("[%s(%d)]st_msk.auc_key:%s\n", site.func, site.line, hex);
 }
 
 uint32_t big_endian(const uint8_t *b, int bytes)
@@ -64,8 +67,8 @@ uint32_t ke_omci_tapi_aes_cmac(st_aes_cmac *pst_cmac)
     ke::copy(KE_SITE, &rec, sizeof rec, pst_cmac, sizeof rec);
     if (ke::call(KE_SITE, "ke_ke_sml_xgpon_aes_cmac_set_call", rec) != 0)
         return 1;
-    uint8_t *result = pst_cmac != nullptr ? pst_cmac->auc_cmac : nullptr;
-    ke::copy(KE_SITE, result, sizeof rec.auc_cmac, rec.auc_cmac, sizeof rec.auc_cmac);
+    ke::copy(KE_SITE, ke::bytes_at(pst_cmac, offsetof(st_aes_cmac, auc_cmac)), sizeof rec.auc_cmac,
+             rec.auc_cmac, sizeof rec.auc_cmac);
     return 0;
 }
 

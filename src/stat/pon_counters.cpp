@@ -1,7 +1,6 @@
 // PON and XG-PON line counters, moved by position from the service's
 // records into the caller's memory.
 #include <cstddef>
-#include <iterator>
 
 #include "ke_omci_tapi/stat.h"
 
@@ -20,8 +19,9 @@ uint32_t read_counter_words(ke::Site site, const char *name, Record &rec, uint32
 {
     if (ke::call(site, name, rec) != 0)
         return 1;
+    constexpr size_t kWords = sizeof rec.aui_counter / sizeof rec.aui_counter[0];
     if (out != nullptr)
-        for (size_t i = 0; i < std::size(rec.aui_counter); ++i)
+        for (size_t i = 0; i < kWords; ++i)
             out[i] = rec.aui_counter[i];
     return 0;
 }
