@@ -25,9 +25,11 @@
 #include <set>
 #include <string>
 
+#include "ke_omci_tapi/bridge_qos.h"
 #include "ke_omci_tapi/device.h"
 #include "ke_omci_tapi/lifecycle.h"
 #include "ke_omci_tapi/pon.h"
+#include "ke_omci_tapi/stat.h"
 #include "ke_omci_tapi/vlan.h"
 #include "ke_omci_tapi/voip_wan.h"
 #include "../src/mc/param_dump.h"
@@ -241,6 +243,10 @@ uint32_t g_mac[6];
 st_wan_conn g_wan_conn;
 st_voip_wan_attr g_wan_attr;
 
+alignas(8) uint8_t g_record[512];  // the largest caller records (MAC table, counters)
+template <class T>
+T *record_as() { return reinterpret_cast<T *>(g_record); }
+
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
     {"ke_omci_tapi_omcc_destory", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_destory(); }},
@@ -273,6 +279,29 @@ constexpr Row kRows[] = {
     {"ke_omci_tapi_gemport_del", "", Heap::kNone, true, [] { ke_omci_tapi_gemport_del(5); }},
     {"ke_omci_tapi_gemport_loopback_set", "", Heap::kNone, true,
      [] { ke_omci_tapi_gemport_loopback_set(1, 2, 3); }},
+    {"ke_omci_tapi_msk_set", "", Heap::kNone, true, [] { ke_omci_tapi_msk_set(g_block); }},
+    {"ke_omci_tapi_aes_cmac", "", Heap::kNone, true,
+     [] { ke_omci_tapi_aes_cmac(record_as<st_aes_cmac>()); }},
+    {"ke_omci_tapi_mckey_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_mckey_set(1, 16, g_block); }},
+    {"ke_omci_tapi_mckey_set", "key too long", Heap::kNone, true,
+     [] { ke_omci_tapi_mckey_set(1, 17, g_block); }},
+    {"ke_omci_tapi_mckey_del", "", Heap::kNone, true, [] { ke_omci_tapi_mckey_del(1); }},
+    {"ke_omci_tapi_time_set", "", Heap::kNone, true, [] { ke_omci_tapi_time_set(g_block); }},
+    {"ke_omci_tapi_gpon_alarm_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_gpon_alarm_get(g_record); }},
+    {"ke_omci_tapi_gpon_set_mode", "", Heap::kNone, true,
+     [] { ke_omci_tapi_gpon_set_mode(&g_word); }},
+    {"ke_omci_tapi_pon_start", "", Heap::kNone, true, [] { ke_omci_tapi_pon_start(g_block); }},
+    {"ke_omci_tapi_pon_stop", "", Heap::kNone, true, [] { ke_omci_tapi_pon_stop(); }},
+    {"ke_omci_tapi_optical_attr_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_optical_attr_get(0, record_as<uint32_t>()); }},
+    {"ke_omci_tapi_optical_info_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_optical_info_get(g_block); }},
+    {"ke_omci_tapi_optical_info_get", "no buffer", Heap::kNone, true,
+     [] { ke_omci_tapi_optical_info_get(nullptr); }},
+    {"ke_omci_tapi_pmu_attr_set", "", Heap::kNone, false, [] { ke_omci_tapi_pmu_attr_set(); }},
+    {"ke_omci_tapi_pmu_attr_get", "", Heap::kNone, false, [] { ke_omci_tapi_pmu_attr_get(); }},
 
     {"ke_omci_tapi_init", "", Heap::kNone, false, [] { ke_omci_tapi_init(); }},
     {"ke_omci_tapi_exit", "", Heap::kNone, false, [] { ke_omci_tapi_exit(); }},
@@ -390,6 +419,62 @@ constexpr Row kRows[] = {
      [] { ke_omci_tapi_voip_wan_get(&g_wan_attr); }},
     {"ke_omci_tapi_voip_wan_del", "", Heap::kFreedBeforeReturn, true,
      [] { ke_omci_tapi_voip_wan_del(1); }},
+
+    {"ke_omci_tapi_br_learn_set", "", Heap::kNone, true, [] { ke_omci_tapi_br_learn_set(1, 1); }},
+    {"ke_omci_tapi_br_learn_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_br_learn_get(1, &g_word); }},
+    {"ke_omci_tapi_br_num_set", "", Heap::kNone, true, [] { ke_omci_tapi_br_num_set(1, 64); }},
+    {"ke_omci_tapi_br_age_set", "", Heap::kNone, true, [] { ke_omci_tapi_br_age_set(300); }},
+    {"ke_omci_tapi_br_age_get", "", Heap::kNone, true, [] { ke_omci_tapi_br_age_get(&g_word); }},
+    {"ke_omci_tapi_br_enable", "", Heap::kNone, true, [] { ke_omci_tapi_br_enable(&g_word); }},
+    {"ke_omci_tapi_br_filter_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_br_filter_set(1, g_block); }},
+    {"ke_omci_tapi_br_filter_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_br_filter_get(1, g_block); }},
+    {"ke_omci_tapi_br_filter_del", "", Heap::kNone, true,
+     [] { ke_omci_tapi_br_filter_del(1, g_block); }},
+    {"ke_omci_tapi_br_table_get", "", Heap::kNone, true, [] {
+         g_word = 32;
+         ke_omci_tapi_br_table_get(1, &g_word, record_as<st_br_mac>());
+     }},
+    {"ke_omci_tapi_dscp_map_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_dscp_map_set(g_record); }},
+    {"ke_omci_tapi_pri_marking_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_pri_marking_set(1, g_block); }},
+    {"ke_omci_tapi_pri_marking_del", "", Heap::kNone, true,
+     [] { ke_omci_tapi_pri_marking_del(1, g_block); }},
+    {"ke_omci_tapi_car_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_car_set(&g_word, g_block); }},
+    {"ke_omci_tapi_car_get", "", Heap::kNone, true, [] { ke_omci_tapi_car_get(1, g_block); }},
+    {"ke_omci_tapi_car_release", "", Heap::kNone, true, [] { ke_omci_tapi_car_release(1); }},
+    {"ke_omci_tapi_queue_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_queue_set(1, 2, g_block); }},
+    {"ke_omci_tapi_queue_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_queue_get(1, 2, g_block); }},
+    {"ke_omci_tapi_queue_num_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_queue_num_get(1, &g_word); }},
+    {"ke_omci_tapi_tcont_policy_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_tcont_policy_set(1, 2); }},
+
+    {"ke_omci_tapi_stat_fec_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_fec_get(g_block); }},
+    {"ke_omci_tapi_stat_gemport_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_gemport_get(1, record_as<st_gemport_stat>()); }},
+    {"ke_omci_tapi_stat_tc_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_tc_get(record_as<uint32_t>()); }},
+    {"ke_omci_tapi_stat_downmng_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_downmng_get(record_as<uint32_t>()); }},
+    {"ke_omci_tapi_stat_upmng_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_upmng_get(record_as<uint32_t>()); }},
+    {"ke_omci_tapi_stat_galeth_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_galeth_get(&g_word); }},
+    {"ke_omci_tapi_stat_eth_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_eth_get(1, record_as<st_eth_stat>()); }},
+    {"ke_omci_tapi_stat_brport_get", "", Heap::kNone, true,
+     [] { ke_omci_tapi_stat_brport_get(1, record_as<st_brport_stat>()); }},
+    {"ke_omci_tapi_stat_eth_clr", "", Heap::kNone, false, [] { ke_omci_tapi_stat_eth_clr(); }},
+    {"ke_omci_tapi_stat_bridge_get", "", Heap::kNone, false,
+     [] { ke_omci_tapi_stat_bridge_get(); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }

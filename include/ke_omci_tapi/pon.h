@@ -1,7 +1,8 @@
-/* PON line: T-CONTs and GEM ports.
+/* PON line: T-CONTs and GEM ports, line security keys and time of day,
+ * line control, alarms and the optical module.
  *
- * Each function is one remote call to the sml service, which owns the line;
- * the library keeps no copy of the provisioning. */
+ * Each function is a remote call to the sml service, which owns the line;
+ * the library keeps no copy of the provisioning and no key material. */
 #ifndef KE_OMCI_TAPI_PON_H
 #define KE_OMCI_TAPI_PON_H
 
@@ -62,6 +63,110 @@ KE_API uint32_t ke_omci_tapi_gemport_loopback_set(uint32_t ui_word0, uint32_t ui
  * to (set) or from (get) the service.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_gemport_set(uint32_t ui_gemport, const void *pv_attr);
 KE_API uint32_t ke_omci_tapi_gemport_get(uint32_t ui_gemport, void *pv_attr);
+
+/* ---- Line security keys and time of day ------------------------------ */
+
+#define KE_KEY_LEN 16         /* MSK and multicast key bytes */
+#define KE_AES_CMAC_IN_LEN 148 /* AES-CMAC input, the service's layout */
+#define KE_TOD_LEN 14         /* OLT-G time of day: 4-byte superframe, 10-byte stamp */
+
+typedef struct {
+    uint8_t auc_key[KE_KEY_LEN];
+} st_msk;
+KE_ASSERT_SIZE(st_msk, 16);
+
+/* The same layout in the caller's memory and on the wire. */
+typedef struct {
+    uint8_t auc_input[KE_AES_CMAC_IN_LEN]; /* in */
+    uint8_t auc_cmac[16];                  /* out: the 128-bit result */
+} st_aes_cmac;
+KE_ASSERT_SIZE(st_aes_cmac, 164);
+KE_ASSERT_OFFSET(st_aes_cmac, auc_cmac, 148);
+
+typedef struct {
+    uint32_t ui_key_id;
+    uint32_t ui_key_len;           /* the caller's length, even above 16 */
+    uint8_t auc_key[KE_KEY_LEN];   /* zero beyond ui_key_len */
+} st_mckey;
+KE_ASSERT_SIZE(st_mckey, 24);
+KE_ASSERT_OFFSET(st_mckey, ui_key_len, 4);
+KE_ASSERT_OFFSET(st_mckey, auc_key, 8);
+
+/* Time of day in host order, from the caller's big-endian 14 bytes. */
+typedef struct {
+    uint32_t ui_superframe; /* bytes 0-3 */
+    uint32_t ui_sec_upper;  /* bytes 4-5: upper 16 bits of the 48-bit seconds */
+    uint32_t ui_sec_lower;  /* bytes 6-9 */
+    uint32_t ui_nsec;       /* bytes 10-13 */
+} st_tod;
+KE_ASSERT_SIZE(st_tod, 16);
+KE_ASSERT_OFFSET(st_tod, ui_sec_upper, 4);
+KE_ASSERT_OFFSET(st_tod, ui_sec_lower, 8);
+KE_ASSERT_OFFSET(st_tod, ui_nsec, 12);
+
+/* The MSK's 16 bytes; traced (gated) before the call.  Remote status. */
+KE_API uint32_t ke_omci_tapi_msk_set(const void *pv_key);
+
+/* Sends the whole record; on success only auc_cmac is written back.
+ * 0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_aes_cmac(st_aes_cmac *pst_cmac);
+
+/* A key longer than 16 bytes is not copied (copy line printed) yet the
+ * request goes out with a zero key and the caller's length.  Remote status. */
+KE_API uint32_t ke_omci_tapi_mckey_set(uint32_t ui_key_id, uint32_t ui_key_len,
+                                       const void *pv_key);
+KE_API uint32_t ke_omci_tapi_mckey_del(uint32_t ui_key_id);
+
+/* KE_TOD_LEN bytes of big-endian time-of-day information.  Remote status. */
+KE_API uint32_t ke_omci_tapi_time_set(const void *pv_tod);
+
+/* ---- Line control, alarms and optical module ------------------------- */
+
+#define KE_ALARM_LEN 112
+#define KE_PON_START_LEN 64
+#define KE_OPTICAL_INFO_LEN 56
+#define KE_OPTICAL_STA_WORDS 5
+
+#define REGSTATE_O5 5u                 /* registration state: operation */
+#define KE_ERR_NOT_OPERATING 0x70000037u /* optical status read outside O5 */
+
+typedef struct {
+    uint8_t auc_alarm[KE_ALARM_LEN]; /* the service's layout */
+} st_alarm;
+KE_ASSERT_SIZE(st_alarm, 112);
+
+typedef struct {
+    uint32_t aui_word[KE_OPTICAL_STA_WORDS];
+} st_optical_sta;
+KE_ASSERT_SIZE(st_optical_sta, 20);
+
+typedef struct {
+    uint8_t auc_info[KE_OPTICAL_INFO_LEN]; /* the service's layout */
+} st_optical_info;
+KE_ASSERT_SIZE(st_optical_info, 56);
+
+/* KE_ALARM_LEN bytes, written on success.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_gpon_alarm_get(void *pv_alarm);
+
+/* Remote status; the caller's memory is the buffer (4 and
+ * KE_PON_START_LEN bytes) and holds the reply. */
+KE_API uint32_t ke_omci_tapi_gpon_set_mode(uint32_t *pui_mode);
+KE_API uint32_t ke_omci_tapi_pon_start(void *pv_param);
+KE_API uint32_t ke_omci_tapi_pon_stop(void);
+
+/* Five status words.  Unless ui_force is nonzero the read is made only in
+ * registration state REGSTATE_O5; otherwise KE_ERR_NOT_OPERATING with the
+ * words untouched.  0 whatever the service answers (zero words when the
+ * status read fails). */
+KE_API uint32_t ke_omci_tapi_optical_attr_get(uint32_t ui_force, uint32_t *pui_sta);
+
+/* KE_OPTICAL_INFO_LEN bytes.  0, the remote status, or the copy's error
+ * code; a failure prints its own line whatever the log gate says. */
+KE_API uint32_t ke_omci_tapi_optical_info_get(void *pv_info);
+
+/* Power management: accepted, no action, always 0. */
+KE_API uint32_t ke_omci_tapi_pmu_attr_set(void);
+KE_API uint32_t ke_omci_tapi_pmu_attr_get(void);
 
 KE_EXTERN_C_END
 

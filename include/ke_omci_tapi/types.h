@@ -35,6 +35,13 @@
 #define KE_ASSERT_OFFSET(type, field, off) \
     KE_STATIC_ASSERT(offsetof(type, field) == (off), #type "." #field " at " #off)
 
+/* Gives a field at least n-byte alignment on every target: 64-bit counters
+ * sit on 8-byte boundaries in the service's records, also where the ABI
+ * would align them to 4 only. */
+#define KE_ALIGNED(n) __attribute__((aligned(n)))
+#define KE_ASSERT_ALIGN(type, n) \
+    KE_STATIC_ASSERT(__alignof__(type) == (n), #type " aligned to " #n)
+
 #define KE_OK 0u          /* success */
 #define KE_CALL_FAILED 1u /* a back-end call failed */
 
