@@ -117,6 +117,11 @@ struct CmKeyField {
     uint32_t len;
 };
 
+// The VoIP and TR-069 tables are keyed as the library keys them (the line
+// byte at 4, the entry byte at 6 of the codec entries, no key in the global
+// tables), and the ones the library writes merge a Set field by field under
+// its mask, unless a test replaces the key or the rule.
+
 // Replace a table's key (by default the user port at offset 8 for the
 // VLAN, multicast and port tables, the port at offset 4 for 815 and 816,
 // bytes 4 to 6 for the WAN tables, the line byte at 4 for the others).
