@@ -50,8 +50,7 @@ struct ServerFn {
 const ServerFn kServers[] = {
     {"ke_omci_tapi_voip_proxyserver_set", ke_omci_tapi_voip_proxyserver_set, 4, 0x1, 0x2, 0x4},
     {"ke_omci_tapi_voip_regserver_set", ke_omci_tapi_voip_regserver_set, 140, 0x8, 0x10, 0x20},
-    {"ke_omci_tapi_voip_outbserver_set", ke_omci_tapi_voip_outbserver_set, 276, 0x40, 0x80,
-     0x100},
+    {"ke_omci_tapi_voip_outbserver_set", ke_omci_tapi_voip_outbserver_set, 276, 0x40, 0x80, 0x100},
 };
 
 TEST_F(VoipSipServer, EachServerWritesOnlyItsBlockWithTheBitsItsRequestSelects)
@@ -62,9 +61,8 @@ TEST_F(VoipSipServer, EachServerWritesOnlyItsBlockWithTheBitsItsRequestSelects)
         bool port_bit, transport_bit;
     } cases[] = {
         {0, 0xFFFF, 1, false, false},  // keep both: only the address is selected
-        {5060, 17, 1, true, true},     {5061, 6, 0, true, true},
-        {0, 56, 2, false, true},       {7000, 132, 3, true, true},
-        {5060, 99, 1, true, true},     {1, 0, 1, true, true},
+        {5060, 17, 1, true, true},       {5061, 6, 0, true, true},  {0, 56, 2, false, true},
+        {7000, 132, 3, true, true},      {5060, 99, 1, true, true}, {1, 0, 1, true, true},
         {65535, 0xFFFF, 1, true, false},
     };
     for (const ServerFn &s : kServers) {

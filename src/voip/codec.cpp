@@ -111,12 +111,13 @@ bool read_entry(Codec::Rec &rec, uint32_t entry)
     return false;
 }
 
-// Keeps the new codec in one entry (log name CheckCodecListPriority): when it changes the entry's codec and
-// another entry holds the new one, that entry (the lowest-numbered) takes
-// the changed entry's previous codec, enable flag and period, with a
-// priority equal to its own number; then the new entry is written.
-// Sets *written when it wrote the new entry; a nonzero result is the
-// failure to report (1 after a traced call, 0x70000000 for an empty list).
+// Keeps the new codec in one entry (log name CheckCodecListPriority).
+// When the entry changes codec and another entry holds the new one, that
+// entry (the lowest-numbered) takes the changed entry's previous codec,
+// enable flag and period, with a priority equal to its own number; then
+// the new entry is written.  Sets *written when it wrote the new entry; a
+// nonzero result is the failure to report (1 after a traced call,
+// 0x70000000 for an empty list).
 uint32_t check_codec_list_priority(Codec::Rec &entry, bool *written)
 {
     const uint8_t entry_id = get(entry, Codec::kEntryId);
@@ -142,8 +143,8 @@ uint32_t check_codec_list_priority(Codec::Rec &entry, bool *written)
         Codec::Rec other;
         const bool readable = read_entry(other, i);
         trace(CHECK_SITE, "Priority=%hhu,EntryID=%hhu,Codec=%hhu,PacketizationPeriod=%s\n",
-              get(other, Codec::kPriority), get(other, Codec::kEntryId),
-              get(other, Codec::kCodec), period_of(other).text);
+              get(other, Codec::kPriority), get(other, Codec::kEntryId), get(other, Codec::kCodec),
+              period_of(other).text);
         if (!readable || get(other, Codec::kCodec) != codec)
             continue;
 

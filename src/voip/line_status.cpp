@@ -49,8 +49,7 @@ uint32_t server_status(const UserRegInfo::Rec &reg)
 // Reads the caller's line from table L and copies one run of counters,
 // unchanged, into the caller's record from byte offset `to` on.
 template <class L, uint32_t W>
-uint32_t read_counters(Site site, void *out, uint32_t line, Block<L::kTable, W> counters,
-                       size_t to)
+uint32_t read_counters(Site site, void *out, uint32_t line, Block<L::kTable, W> counters, size_t to)
 {
     typename L::Rec rec;
     blank(site, rec);
@@ -66,8 +65,7 @@ static_assert(offsetof(st_voip_rtp_pm, ui_rtp_errors) + LineRtpStats::kRtpCounte
 static_assert(offsetof(st_voip_callctrl_pm, ui_setup_failures) +
                   LineRtpStats::kCallCtrlCounters.kWidth ==
               sizeof(st_voip_callctrl_pm));
-static_assert(offsetof(st_voip_sip_agent_pm, ui_transactions) +
-                  SipStats::kAgentCounters.kWidth ==
+static_assert(offsetof(st_voip_sip_agent_pm, ui_transactions) + SipStats::kAgentCounters.kWidth ==
               sizeof(st_voip_sip_agent_pm));
 static_assert(offsetof(st_voip_sip_callinit_pm, ui_failed_to_connect) +
                   SipStats::kCallInitCounters.kWidth ==
@@ -112,8 +110,7 @@ uint32_t ke_omci_tapi_voip_rtppm_get(st_voip_rtp_pm *pst_pm)
 {
     if (pst_pm == nullptr)
         return 1;
-    return read_counters<LineRtpStats>(KE_SITE, pst_pm, pst_pm->ui_line,
-                                       LineRtpStats::kRtpCounters,
+    return read_counters<LineRtpStats>(KE_SITE, pst_pm, pst_pm->ui_line, LineRtpStats::kRtpCounters,
                                        offsetof(st_voip_rtp_pm, ui_rtp_errors));
 }
 
@@ -138,8 +135,7 @@ uint32_t ke_omci_tapi_voip_sip_callinitpm_get(st_voip_sip_callinit_pm *pst_pm)
 {
     if (pst_pm == nullptr)
         return 1;
-    return read_counters<SipStats>(KE_SITE, pst_pm, pst_pm->ui_line,
-                                   SipStats::kCallInitCounters,
+    return read_counters<SipStats>(KE_SITE, pst_pm, pst_pm->ui_line, SipStats::kCallInitCounters,
                                    offsetof(st_voip_sip_callinit_pm, ui_failed_to_connect));
 }
 

@@ -98,9 +98,10 @@ inline std::vector<Info> infos(const std::string &out)
     std::vector<Info> found;
     for (const std::string &line : lines_of(out)) {
         size_t at = line.find("ui_ret =0x");
-        uint32_t ret = at == std::string::npos
-                           ? 0
-                           : static_cast<uint32_t>(std::strtoul(line.c_str() + at + 10, nullptr, 16));
+        uint32_t ret =
+            at == std::string::npos
+                ? 0
+                : static_cast<uint32_t>(std::strtoul(line.c_str() + at + 10, nullptr, 16));
         std::string func;
         int n = 0;
         if (parse_info_line(line, &func, &n, ret))
