@@ -11,17 +11,6 @@ namespace {
 // The method last set; never written to the configuration manager.
 uint32_t ui_voip_cnfig_method;
 
-// Writes one flag alone: 1 for exactly 1, 0 for anything else.
-uint32_t flag_set(Site site, Field<ConfMethod::kTable, uint32_t> flag, const uint32_t *value)
-{
-    if (value == nullptr)
-        return 1;
-    ConfMethod::Rec rec;
-    blank(site, rec);
-    write(rec, flag, *value == 1 ? 1 : 0);
-    return store(site, rec);
-}
-
 }  // namespace
 }  // namespace ke::voip
 
@@ -29,26 +18,26 @@ using namespace ke::voip;
 
 extern "C" {
 
+// Each flag is written alone: 1 for exactly 1, 0 for anything else.
 uint32_t ke_omci_tapi_voip_conf_set(const uint32_t *pui_conf)
 {
-    return flag_set(KE_SITE, ConfMethod::kVoipConf, pui_conf);
+    if (pui_conf == nullptr)
+        return 1;
+    return store_field(KE_SITE, ConfMethod::kVoipConf, *pui_conf == 1 ? 1 : 0);
 }
 
 uint32_t ke_omci_tapi_voip_conf_get(uint32_t *pui_conf)
 {
     if (pui_conf == nullptr)
         return 1;
-    ConfMethod::Rec rec;
-    blank(KE_SITE, rec);
-    if (load(KE_SITE, rec) != 0)
-        return 1;
-    *pui_conf = get(rec, ConfMethod::kVoipConf);
-    return 0;
+    return load_field(KE_SITE, ConfMethod::kVoipConf, pui_conf);
 }
 
 uint32_t ke_omci_tapi_tr069_conf_set(const uint32_t *pui_conf)
 {
-    return flag_set(KE_SITE, ConfMethod::kTr069Conf, pui_conf);
+    if (pui_conf == nullptr)
+        return 1;
+    return store_field(KE_SITE, ConfMethod::kTr069Conf, *pui_conf == 1 ? 1 : 0);
 }
 
 uint32_t ke_omci_tapi_tr069_status_get(uint32_t *pui_status)

@@ -57,21 +57,15 @@ uint32_t ke_omci_tapi_voip_offhooktime_set(const uint32_t *pui_time)
 {
     if (pui_time == nullptr)
         return 1;
-    Global::Rec rec;
-    blank(KE_SITE, rec);
-    write(rec, Global::kOffHookTime, *pui_time);
-    return store(KE_SITE, rec);
+    return store_field(KE_SITE, Global::kOffHookTime, *pui_time);
 }
 
 uint32_t ke_omci_tapi_voip_offhooktime_get(uint32_t *pui_time)
 {
-    if (pui_time == nullptr)
+    uint8_t time = 0;
+    if (pui_time == nullptr || load_field(KE_SITE, Global::kOffHookTime, &time) != 0)
         return 1;
-    Global::Rec rec;
-    blank(KE_SITE, rec);
-    if (load(KE_SITE, rec) != 0)
-        return 1;
-    *pui_time = get(rec, Global::kOffHookTime);
+    *pui_time = time;
     return 0;
 }
 
@@ -129,13 +123,12 @@ uint32_t ke_omci_tapi_voip_gain_get(st_voip_gain *pst_gain)
 
 uint32_t ke_omci_tapi_voip_hookstatus_get(st_voip_hook *pst_hook)
 {
-    if (pst_hook == nullptr)
+    uint8_t hook = 0;
+    if (pst_hook == nullptr ||
+        load_line_field<UserRegInfo>(KE_SITE, pst_hook->ui_line, UserRegInfo::kHookState,
+                                     &hook) != 0)
         return 1;
-    UserRegInfo::Rec rec;
-    blank(KE_SITE, rec);
-    if (load_line<UserRegInfo>(KE_SITE, rec, pst_hook->ui_line) != 0)
-        return 1;
-    pst_hook->ui_hook_state = get(rec, UserRegInfo::kHookState);
+    pst_hook->ui_hook_state = hook;
     return 0;
 }
 
@@ -143,21 +136,15 @@ uint32_t ke_omci_tapi_voip_type_set(const uint32_t *pui_type)
 {
     if (pui_type == nullptr)
         return 1;
-    Global::Rec rec;
-    blank(KE_SITE, rec);
-    write(rec, Global::kSignalType, kSignalType.to_stored(*pui_type));
-    return store(KE_SITE, rec);
+    return store_field(KE_SITE, Global::kSignalType, kSignalType.to_stored(*pui_type));
 }
 
 uint32_t ke_omci_tapi_voip_type_get(uint32_t *pui_type)
 {
-    if (pui_type == nullptr)
+    uint8_t type = 0;
+    if (pui_type == nullptr || load_field(KE_SITE, Global::kSignalType, &type) != 0)
         return 1;
-    Global::Rec rec;
-    blank(KE_SITE, rec);
-    if (load(KE_SITE, rec) != 0)
-        return 1;
-    *pui_type = kSignalType.to_caller(get(rec, Global::kSignalType));
+    *pui_type = kSignalType.to_caller(type);
     return 0;
 }
 
@@ -165,22 +152,17 @@ uint32_t ke_omci_tapi_voip_adminstate_set(const st_voip_admin *pst_admin)
 {
     if (pst_admin == nullptr)
         return 1;
-    SipUser::Rec rec;
-    blank(KE_SITE, rec);
-    put(rec, SipUser::kLineId, pst_admin->ui_line);
-    write(rec, SipUser::kLineEnable, kAdminState.to_stored(pst_admin->ui_admin_state));
-    return store(KE_SITE, rec);
+    return store_line_field<SipUser>(KE_SITE, pst_admin->ui_line, SipUser::kLineEnable,
+                                     kAdminState.to_stored(pst_admin->ui_admin_state));
 }
 
 uint32_t ke_omci_tapi_voip_adminstate_get(st_voip_admin *pst_admin)
 {
-    if (pst_admin == nullptr)
+    uint8_t enable = 0;
+    if (pst_admin == nullptr ||
+        load_line_field<SipUser>(KE_SITE, pst_admin->ui_line, SipUser::kLineEnable, &enable) != 0)
         return 1;
-    SipUser::Rec rec;
-    blank(KE_SITE, rec);
-    if (load_line<SipUser>(KE_SITE, rec, pst_admin->ui_line) != 0)
-        return 1;
-    pst_admin->ui_admin_state = kAdminState.to_caller(get(rec, SipUser::kLineEnable));
+    pst_admin->ui_admin_state = kAdminState.to_caller(enable);
     return 0;
 }
 

@@ -141,13 +141,10 @@ uint32_t ke_omci_tapi_voip_sip_callinitpm_get(st_voip_sip_callinit_pm *pst_pm)
 
 uint32_t ke_omci_tapi_voip_emergency_get(uint8_t *puc_state)
 {
-    if (puc_state == nullptr)
+    uint32_t state = 0;
+    if (puc_state == nullptr || load_field(KE_SITE, Global::kEmergencyState, &state) != 0)
         return 1;
-    Global::Rec rec;
-    blank(KE_SITE, rec);
-    if (load(KE_SITE, rec) != 0)
-        return 1;
-    *puc_state = get(rec, Global::kEmergencyState) == 1 ? 1 : 0;
+    *puc_state = state == 1 ? 1 : 0;
     return 0;
 }
 

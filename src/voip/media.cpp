@@ -51,21 +51,16 @@ uint32_t ke_omci_tapi_voip_silence_set(const st_voip_silence *pst_silence)
 {
     if (pst_silence == nullptr)
         return 1;
-    LineProfile::Rec rec;
-    blank(KE_SITE, rec);
-    put(rec, LineProfile::kLineId, pst_silence->ui_line);
-    write(rec, LineProfile::kSilenceSuppression, pst_silence->ui_silence);
-    return store(KE_SITE, rec);
+    return store_line_field<LineProfile>(KE_SITE, pst_silence->ui_line,
+                                         LineProfile::kSilenceSuppression,
+                                         pst_silence->ui_silence);
 }
 
 uint32_t ke_omci_tapi_voip_faxmode_set(const uint32_t *pui_mode)
 {
     if (pui_mode == nullptr)
         return 1;
-    Fax::Rec rec;
-    blank(KE_SITE, rec);
-    write(rec, Fax::kFaxMode, *pui_mode);
-    return store(KE_SITE, rec);
+    return store_field(KE_SITE, Fax::kFaxMode, *pui_mode);
 }
 
 uint32_t ke_omci_tapi_voip_digitmap_set(const void *pv_digitmap)

@@ -38,6 +38,52 @@ inline uint32_t load_line(Site site, typename L::Rec &rec, uint32_t line)
     return load(site, rec);
 }
 
+// Writes one field alone into a global table.
+template <uint32_t Table, class T>
+inline uint32_t store_field(Site site, Field<Table, T> field, uint32_t value)
+{
+    Record<Table> rec;
+    blank(site, rec);
+    write(rec, field, value);
+    return store(site, rec);
+}
+
+// Writes one field of line alone into the per-line table of layout L.
+template <class L, class T>
+inline uint32_t store_line_field(Site site, uint32_t line, Field<L::kTable, T> field,
+                                 uint32_t value)
+{
+    typename L::Rec rec;
+    blank(site, rec);
+    put(rec, L::kLineId, line);
+    write(rec, field, value);
+    return store(site, rec);
+}
+
+// Reads one field of a global table; *value is written only on success.
+template <uint32_t Table, class T>
+inline uint32_t load_field(Site site, Field<Table, T> field, T *value)
+{
+    Record<Table> rec;
+    blank(site, rec);
+    if (load(site, rec) != 0)
+        return 1;
+    *value = get(rec, field);
+    return 0;
+}
+
+// Reads one field of line from the per-line table of layout L.
+template <class L, class T>
+inline uint32_t load_line_field(Site site, uint32_t line, Field<L::kTable, T> field, T *value)
+{
+    typename L::Rec rec;
+    blank(site, rec);
+    if (load_line<L>(site, rec, line) != 0)
+        return 1;
+    *value = get(rec, field);
+    return 0;
+}
+
 }  // namespace ke::voip
 
 #endif
