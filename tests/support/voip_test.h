@@ -1,11 +1,13 @@
 // Test support for the VoIP and remote-management tables: expected record
-// images built byte by byte, the configuration-manager operations the
-// library made, and the INFO lines it printed.
+// images built byte by byte, the configuration-manager operations made,
+// and the INFO lines printed.
 #ifndef KE_TEST_VOIP_TEST_H
 #define KE_TEST_VOIP_TEST_H
 
 #include <cstdint>
+#include <algorithm>
 #include <cstring>
+#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,22 +27,35 @@ public:
     Image &text(size_t off, const std::string &s) { return raw(off, s.data(), s.size()); }
     Image &raw(size_t off, const void *src, size_t n)
     {
+        EXPECT_LE(off + n, bytes_.size());
         if (off + n <= bytes_.size())
             std::memcpy(bytes_.data() + off, src, n);
-        else
-            ADD_FAILURE() << "image write past " << bytes_.size() << " at " << off;
         return *this;
     }
-    const Bytes &bytes() const { return bytes_; }
     operator const Bytes &() const { return bytes_; }
 
 private:
     Bytes bytes_;
 };
 
+// Stores a record in the configuration manager as if it had been set.
+inline void preload(uint32_t table, const Bytes &rec)
+{
+    kestub::cm_preload(table, rec.data(), rec.size());
+}
+
+// Printable text that fills n bytes, with no terminator.
+inline std::string filled(char first, size_t n)
+{
+    std::string s(n, ' ');
+    for (size_t i = 0; i < n; ++i)
+        s[i] = static_cast<char>(first + i % 23);
+    return s;
+}
+
 inline uint8_t u8_at(const Bytes &b, size_t off) { return off < b.size() ? b[off] : 0xFF; }
 
-// The configuration-manager operations since reset, as (op, table).
+// Every configuration-manager operation since reset as (op, table).
 inline std::vector<std::pair<kestub::CmOp, uint32_t>> cm_ops()
 {
     std::vector<std::pair<kestub::CmOp, uint32_t>> ops;
@@ -49,7 +64,7 @@ inline std::vector<std::pair<kestub::CmOp, uint32_t>> cm_ops()
     return ops;
 }
 
-// The records handed to igdCmConfSet, in order, with their tables.
+// Every record handed to igdCmConfSet, in order, with its table.
 inline std::vector<std::pair<uint32_t, Bytes>> cm_sets()
 {
     std::vector<std::pair<uint32_t, Bytes>> sets;
@@ -59,78 +74,35 @@ inline std::vector<std::pair<uint32_t, Bytes>> cm_sets()
     return sets;
 }
 
-// The one stored record of a global table (or the first of a keyed one).
-inline Bytes stored(uint32_t table)
+// The stored record of table whose byte at key_at is key.
+inline Bytes stored(uint32_t table, size_t key_at = 4, uint8_t key = 0)
 {
-    auto entries = kestub::cm_entries(table);
-    return entries.empty() ? Bytes{} : entries.front();
+    for (const Bytes &e : kestub::cm_entries(table))
+        if (key_at == 0 || u8_at(e, key_at) == key)
+            return e;
+    return {};
 }
 
-// Splits printed output into its lines, each with its "\n".
-inline std::vector<std::string> lines_of(const std::string &out)
-{
-    std::vector<std::string> lines;
-    size_t start = 0;
-    while (start < out.size()) {
-        size_t end = out.find('\n', start);
-        end = end == std::string::npos ? out.size() : end + 1;
-        lines.push_back(out.substr(start, end - start));
-        start = end;
-    }
-    return lines;
-}
-
-// The (log name, ui_ret) of every INFO line in out; a line that is not a
-// well-formed INFO line is reported as ("?", 0) with the text.
-struct Info {
-    std::string func;
-    uint32_t ret;
-    bool operator==(const Info &o) const { return func == o.func && ret == o.ret; }
-};
-
-inline std::ostream &operator<<(std::ostream &os, const Info &i)
-{
-    return os << i.func << "/0x" << std::hex << i.ret << std::dec;
-}
-
-inline std::vector<Info> infos(const std::string &out)
-{
-    std::vector<Info> found;
-    for (const std::string &line : lines_of(out)) {
-        size_t at = line.find("ui_ret =0x");
-        uint32_t ret =
-            at == std::string::npos
-                ? 0
-                : static_cast<uint32_t>(std::strtoul(line.c_str() + at + 10, nullptr, 16));
-        std::string func;
-        int n = 0;
-        if (parse_info_line(line, &func, &n, ret))
-            found.push_back({func, ret});
-        else
-            found.push_back({"? " + line, 0});
-    }
-    return found;
-}
-
-// out with every "[name(line)]" turned into "[name(L)]", so that lines can
-// be compared whatever the source lines.
+// out with every "[name(digits)]" turned into "[name(L)]".
 inline std::string without_lines(const std::string &out)
 {
-    std::string s;
-    size_t i = 0;
-    while (i < out.size()) {
-        size_t open = out.find('(', i);
-        if (open == std::string::npos)
-            break;
-        size_t close = open + 1;
-        while (close < out.size() && out[close] >= '0' && out[close] <= '9')
-            ++close;
-        bool line = close > open + 1 && out.compare(close, 2, ")]") == 0;
-        s += out.substr(i, open + 1 - i);
-        s += line ? "L" : "";
-        i = line ? close : open + 1;
+    return std::regex_replace(out, std::regex(R"(\((\d+)\)\])"), "(L)]");
+}
+
+// The "name/0xret" of each INFO line in out, or "? " and the line's text.
+inline std::vector<std::string> infos(const std::string &out)
+{
+    static const std::regex info(
+        R"(\[(\w+)\((\d+)\)\]\[INFO\]:ui_ret =(0x[0-9a-f]+), ui_line =(\d+)\n)");
+    std::vector<std::string> found;
+    std::smatch m;
+    for (size_t start = 0, end; start < out.size(); start = end) {
+        end = std::min(out.find('\n', start), out.size() - 1) + 1;
+        std::string line = out.substr(start, end - start);
+        bool ok = std::regex_match(line, m, info) && m[2] == m[4];
+        found.push_back(ok ? m[1].str() + "/" + m[3].str() : "? " + line);
     }
-    return s + out.substr(i);
+    return found;
 }
 
 }  // namespace ketest
