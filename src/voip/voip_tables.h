@@ -16,6 +16,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "../frame/cm_table.h"
 #include "../frame/copy.h"
@@ -86,26 +87,38 @@ constexpr bool fit_apart(const std::array<Span, N> &spans, uint32_t size)
 
 // ---- Accessors -------------------------------------------------------------
 
+// Bytes [offset, offset + width) of rec, or null when they do not lie inside
+// it.  Every accessor below reaches the record through here; with constant
+// descriptors the check folds away.
+template <uint32_t Table>
+inline uint8_t *bytes_at(Record<Table> &rec, uint32_t offset, uint32_t width)
+{
+    constexpr uint32_t kSize = Record<Table>::kSize;
+    return offset <= kSize && width <= kSize - offset ? rec.data() + offset : nullptr;
+}
+
+template <uint32_t Table>
+inline const uint8_t *bytes_at(const Record<Table> &rec, uint32_t offset, uint32_t width)
+{
+    return bytes_at(const_cast<Record<Table> &>(rec), offset, width);
+}
+
 // Stores value in the field's width: a narrower field keeps the low bytes.
 template <uint32_t Table, class T>
 inline void put(Record<Table> &rec, Field<Table, T> f, uint32_t value)
 {
     const T v = static_cast<T>(value);
-    rec.put(f.offset, &v, sizeof v);
+    if (uint8_t *at = bytes_at(rec, f.offset, sizeof v))
+        std::memcpy(at, &v, sizeof v);
 }
 
 template <uint32_t Table, class T>
 inline T get(const Record<Table> &rec, Field<Table, T> f)
 {
     T v{};
-    rec.get(f.offset, &v, sizeof v);
+    if (const uint8_t *at = bytes_at(rec, f.offset, sizeof v))
+        std::memcpy(&v, at, sizeof v);
     return v;
-}
-
-template <uint32_t Table, uint32_t W>
-constexpr bool inside(Block<Table, W> b)
-{
-    return b.offset <= Record<Table>::kSize && W <= Record<Table>::kSize - b.offset;
 }
 
 // Copies W bytes of src into the block with memcpy_s; a failure prints the
@@ -113,30 +126,30 @@ constexpr bool inside(Block<Table, W> b)
 template <uint32_t Table, uint32_t W>
 inline void put(Site site, Record<Table> &rec, Block<Table, W> b, const void *src)
 {
-    if (inside(b))
-        ke::copy(site, rec.data() + b.offset, W, src, W);
+    ke::copy(site, bytes_at(rec, b.offset, W), W, src, W);
 }
 
 // Copies the block's W bytes out to dst with memcpy_s (copy line on failure).
 template <uint32_t Table, uint32_t W>
 inline void get(Site site, const Record<Table> &rec, Block<Table, W> b, void *dst)
 {
-    if (inside(b))
-        ke::copy(site, dst, W, rec.data() + b.offset, W);
+    ke::copy(site, dst, W, bytes_at(rec, b.offset, W), W);
 }
 
 // Copies W bytes of src into the block as they are.
 template <uint32_t Table, uint32_t W>
 inline void put(Record<Table> &rec, Block<Table, W> b, const void *src)
 {
-    rec.put(b.offset, src, W);
+    if (uint8_t *at = bytes_at(rec, b.offset, W))
+        std::memcpy(at, src, W);
 }
 
 // Copies the block's W bytes out to dst as they are.
 template <uint32_t Table, uint32_t W>
 inline void get(const Record<Table> &rec, Block<Table, W> b, void *dst)
 {
-    rec.get(b.offset, dst, W);
+    if (const uint8_t *at = bytes_at(rec, b.offset, W))
+        std::memcpy(dst, at, W);
 }
 
 // ORs the field's bits into the zeroed mask word.
