@@ -3,6 +3,7 @@
 #include <cstring>
 #include <map>
 
+#include "cm_voip.h"
 #include "kestub.h"
 #include "platform.h"
 #include "state.h"
@@ -35,6 +36,9 @@ CmState &cm()
 
 std::vector<CmKeyField> default_key(uint32_t table)
 {
+    std::vector<CmKeyField> voip;
+    if (voip_key(table, &voip))
+        return voip;
     if (table == 815 || table == 816)
         return {{4, 4}};
     if (table == 808)  // one membership per port and VLAN
@@ -116,9 +120,10 @@ void store(uint32_t table, const uint8_t *rec, uint32_t size)
         return;
     }
     e->resize(std::max<size_t>(e->size(), size));
-    auto merge = cm().merges.find(table);
-    if (merge != cm().merges.end())
-        merge->second(e->data(), rec, size);
+    auto set = cm().merges.find(table);
+    CmMerge merge = set != cm().merges.end() ? set->second : voip_merge(table);
+    if (merge != nullptr)
+        merge(e->data(), rec, size);
     else
         e->assign(rec, rec + size);
 }

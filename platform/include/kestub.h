@@ -140,6 +140,11 @@ struct CmKeyField {
     uint32_t len;
 };
 
+// The VoIP and TR-069 tables are keyed as the library keys them (the line
+// byte at 4, the entry byte at 6 of the codec entries, no key in the global
+// tables), and the ones the library writes merge a Set field by field under
+// its mask, unless a test replaces the key or the rule.
+
 // Replace a table's key (by default the user port at offset 8 for the
 // VLAN, multicast and port tables, with the VLAN ID after it for 808 and
 // the three match words after it for 813 and 814, the port at offset 4

@@ -18,6 +18,8 @@ struct Site {
     int line;
 };
 #define KE_SITE (::ke::Site{__func__, __LINE__})
+// The site of a procedure whose log name is not its function name.
+#define KE_SITE_AS(name) (::ke::Site{name, __LINE__})
 
 // Asks the log gate; never cached, since the answer may change at any time.
 bool log_gate_open();
