@@ -32,6 +32,8 @@
 #include "ke_omci_tapi/stat.h"
 #include "ke_omci_tapi/vlan.h"
 #include "ke_omci_tapi/voip_wan.h"
+#include "ke_omci_tapi/voip.h"
+#include "ke_omci_tapi/remote_mgmt.h"
 #include "../src/mc/param_dump.h"
 #include "platform.h"
 #include "stub_test.h"
@@ -246,6 +248,25 @@ st_voip_wan_attr g_wan_attr;
 alignas(8) uint8_t g_record[512];  // the largest caller records (MAC table, counters)
 template <class T>
 T *record_as() { return reinterpret_cast<T *>(g_record); }
+
+st_voip_udptcp g_udptcp = {1, 5060, 17, 0xB8};
+st_voip_server g_server = {{'s'}, 5060, 17};
+st_voip_agent g_agent = {{'a'}, 5060};
+st_voip_codec g_codec = {1, 18, 1, 0, 20};
+st_voip_regtime g_regtime = {1, 3600, 300};
+st_voip_sipauth g_sipauth = {1, {'u'}, {'p'}, {'r'}};
+st_voip_gain g_gain = {1, 2, 3};
+st_voip_hook g_hook = {1, 0};
+st_voip_admin g_admin = {1, 1};
+st_voip_rtp g_rtp = {1, 50000, 50100, 46};
+st_voip_silence g_silence = {1, 1};
+st_voip_line_status g_line_status = {1, 0, 0, {0, 0}};
+st_voip_rtp_pm g_rtp_pm = {1, 0, 0, 0, 0, 0, 0, 0};
+st_voip_callctrl_pm g_callctrl_pm = {1, 0, 0, 0, 0, 0};
+st_voip_sip_agent_pm g_sip_agent_pm = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+st_voip_sip_callinit_pm g_sip_callinit_pm = {1, 0, 0, 0, 0, 0};
+st_tr069_server g_tr069 = {{'h'}, {'u'}, {'p'}};
+uint8_t g_byte;
 
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
@@ -475,6 +496,46 @@ constexpr Row kRows[] = {
     {"ke_omci_tapi_stat_eth_clr", "", Heap::kNone, false, [] { ke_omci_tapi_stat_eth_clr(); }},
     {"ke_omci_tapi_stat_bridge_get", "", Heap::kNone, false,
      [] { ke_omci_tapi_stat_bridge_get(); }},
+    {"ke_omci_tapi_voip_udptcp_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_udptcp_set(&g_udptcp); }},
+    {"ke_omci_tapi_voip_proxyserver_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_proxyserver_set(&g_server); }},
+    {"ke_omci_tapi_voip_regserver_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_regserver_set(&g_server); }},
+    {"ke_omci_tapi_voip_outbserver_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_outbserver_set(&g_server); }},
+    {"ke_omci_tapi_voip_agent_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_agent_set(&g_agent); }},
+    {"ke_omci_tapi_voip_codec_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_codec_set(&g_codec); }},
+    {"ke_omci_tapi_voip_codec_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_codec_get(&g_codec); }},
+    {"ke_omci_tapi_voip_codec_priority_reorder", "", Heap::kNone, true, [] { ke_omci_tapi_voip_codec_priority_reorder(); }},
+    {"ke_omci_tapi_voip_regtime_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_regtime_set(&g_regtime); }},
+    {"ke_omci_tapi_voip_regtime_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_regtime_get(&g_regtime); }},
+    {"ke_omci_tapi_voip_offhooktime_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_offhooktime_set(&g_word); }},
+    {"ke_omci_tapi_voip_offhooktime_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_offhooktime_get(&g_word); }},
+    {"ke_omci_tapi_voip_sipauth_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_sipauth_set(&g_sipauth); }},
+    {"ke_omci_tapi_voip_sipauth_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_sipauth_get(&g_sipauth); }},
+    {"ke_omci_tapi_voip_gain_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_gain_set(&g_gain); }},
+    {"ke_omci_tapi_voip_gain_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_gain_get(&g_gain); }},
+    {"ke_omci_tapi_voip_hookstatus_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_hookstatus_get(&g_hook); }},
+    {"ke_omci_tapi_voip_type_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_type_set(&g_word); }},
+    {"ke_omci_tapi_voip_type_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_type_get(&g_word); }},
+    {"ke_omci_tapi_voip_adminstate_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_adminstate_set(&g_admin); }},
+    {"ke_omci_tapi_voip_adminstate_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_adminstate_get(&g_admin); }},
+    {"ke_omci_tapi_voip_rtp_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_rtp_set(&g_rtp); }},
+    {"ke_omci_tapi_voip_rtp_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_rtp_get(&g_rtp); }},
+    {"ke_omci_tapi_voip_silence_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_silence_set(&g_silence); }},
+    {"ke_omci_tapi_voip_faxmode_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_faxmode_set(&g_word); }},
+    {"ke_omci_tapi_voip_digitmap_set", "", Heap::kNone, false, [] { ke_omci_tapi_voip_digitmap_set(g_block); }},
+    {"ke_omci_tapi_voip_line_status_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_line_status_get(&g_line_status); }},
+    {"ke_omci_tapi_voip_rtppm_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_rtppm_get(&g_rtp_pm); }},
+    {"ke_omci_tapi_voip_callctrlpm_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_callctrlpm_get(&g_callctrl_pm); }},
+    {"ke_omci_tapi_voip_sip_agentpm_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_sip_agentpm_get(&g_sip_agent_pm); }},
+    {"ke_omci_tapi_voip_sip_callinitpm_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_sip_callinitpm_get(&g_sip_callinit_pm); }},
+    {"ke_omci_tapi_voip_emergency_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_emergency_get(&g_byte); }},
+    {"ke_omci_tapi_tr069_server_set", "", Heap::kNone, true, [] { ke_omci_tapi_tr069_server_set(&g_tr069); }},
+    {"ke_omci_tapi_tr069_server_get", "", Heap::kNone, true, [] { ke_omci_tapi_tr069_server_get(&g_tr069); }},
+    {"ke_omci_tapi_voip_conf_set", "", Heap::kNone, true, [] { ke_omci_tapi_voip_conf_set(&g_word); }},
+    {"ke_omci_tapi_voip_conf_get", "", Heap::kNone, true, [] { ke_omci_tapi_voip_conf_get(&g_word); }},
+    {"ke_omci_tapi_tr069_conf_set", "", Heap::kNone, true, [] { ke_omci_tapi_tr069_conf_set(&g_word); }},
+    {"ke_omci_tapi_tr069_status_get", "", Heap::kNone, false, [] { ke_omci_tapi_tr069_status_get(&g_word); }},
+    {"ke_omci_tapi_voip_cnfig_method_set", "", Heap::kNone, false, [] { ke_omci_tapi_voip_cnfig_method_set(1); }},
+    {"ke_omci_tapi_voip_cnfig_method_get", "", Heap::kNone, false, [] { ke_omci_tapi_voip_cnfig_method_get(); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }

@@ -5,7 +5,12 @@
 #include "types.h"
 #include "lifecycle.h"
 #include "pon.h"
+#include "bridge_qos.h"
+#include "stat.h"
 #include "vlan.h"
 #include "device.h"
+#include "voip_wan.h"
+#include "voip.h"
+#include "remote_mgmt.h"
 
 #endif
