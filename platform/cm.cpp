@@ -37,6 +37,8 @@ std::vector<CmKeyField> default_key(uint32_t table)
 {
     if (table == 815 || table == 816)
         return {{4, 4}};
+    if (table == 808)  // one membership per port and VLAN
+        return {{8, 8}};
     if (table >= 807 && table <= 834)
         return {{8, 4}};
     if (table == 448 || table == 449 || table == 458)
@@ -94,7 +96,7 @@ uint32_t log_op(CmOp op, uint32_t table, const void *rec, uint32_t size, uint32_
                 uint32_t status)
 {
     CmCall c{op, table, {}, size, count, status};
-    if (rec != nullptr && op != CmOp::Get && op != CmOp::GetAllEntry) {
+    if (rec != nullptr && op != CmOp::GetAllEntry) {
         const auto *b = static_cast<const uint8_t *>(rec);
         c.record.assign(b, b + size);
     }
@@ -156,6 +158,10 @@ extern "C" {
 
 uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
 {
+    // The log keeps what was handed in (key and mask), not the reply.
+    kestub::Bytes request;
+    if (record != nullptr)
+        request.assign(static_cast<uint8_t *>(record), static_cast<uint8_t *>(record) + size);
     uint32_t status = kestub::fault_for(table);
     if (status == 0 && record != nullptr) {
         auto *rec = static_cast<uint8_t *>(record);
@@ -165,7 +171,8 @@ uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
         else
             std::memcpy(rec, e->data(), std::min<size_t>(size, e->size()));
     }
-    return kestub::log_op(CmOp::Get, table, record, size, 0, status);
+    return kestub::log_op(CmOp::Get, table, request.empty() ? nullptr : request.data(), size, 0,
+                          status);
 }
 
 uint32_t igdCmConfSet(uint32_t table, void *record, uint32_t size)
