@@ -1,0 +1,58 @@
+// Multicast state: the global attributes and the per-port cache.
+//
+// Both are static, zero at load, and change only after the table write
+// they mirror succeeded.  The cache holds MC_PORT_MAX ports; every access
+// by port number goes through the accessors below, which never index past
+// the array.
+#ifndef KE_MC_STATE_H
+#define KE_MC_STATE_H
+
+#include <array>
+#include <cstdint>
+
+#include "ke_omci_tapi/mc.h"
+#include "trace.h"
+
+// The port-mode family: 1 when the port works in SFU mode, else 0.
+extern "C" uint32_t ke_omci_tapi_check_port_mode_is_sfu(uint32_t ui_port);
+
+namespace ke::mc {
+
+struct st_mc_glb_attr {
+    uint32_t ui_mode;        // internal mode 0, 1 or 2
+    uint32_t ui_ver;         // internal version: 0 IGMPv2, 1 IGMPv3, 2 MLDv1, 3 MLDv2
+    uint32_t ui_quickleave;  // as the caller passed it
+    uint32_t ui_port_num;    // user ports; 0 until the first initialisation
+};
+
+using VlanSlots = std::array<uint32_t, MC_VLAN_MAX>;
+
+struct st_mc_port_param {
+    uint32_t ui_down_tagact;  // internal code 0, 1 or 2
+    uint32_t ui_upmode;       // internal code 0, 1 or 2
+    uint32_t ui_upvlan;
+    uint32_t ui_uppri;
+    uint32_t ui_upgemport;
+    uint32_t ui_uprate;
+    uint32_t ui_group_num;
+    uint32_t ui_usrvlan;
+    VlanSlots aui_vlan;      // MC_VLAN_NONE in an empty slot
+    VlanSlots aui_area_cnt;  // ranges counted under each slot's VLAN
+};
+
+extern st_mc_glb_attr gst_mc_glb_attr;
+
+// Reports a rejected value or port under site's log name; the caller
+// returns 1.
+uint32_t reject(Site site);
+
+// The cache entry of a port the cache can hold; any other port is
+// rejected (INFO line under site) and gives nullptr.
+st_mc_port_param *port_param(Site site, uint32_t port);
+
+// The cache entry of a port below the board's port count, or nullptr.
+st_mc_port_param *counted_port(uint32_t port);
+
+}  // namespace ke::mc
+
+#endif
