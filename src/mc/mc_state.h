@@ -53,6 +53,24 @@ st_mc_port_param *port_param(Site site, uint32_t port);
 // The cache entry of a port below the board's port count, or nullptr.
 st_mc_port_param *counted_port(uint32_t port);
 
+// Changes a copy of a port's cache entry (edit answers whether there is
+// anything to write), writes the copy, and keeps it only when the write
+// answered 0.  A port the cache cannot hold is rejected under site.
+template <class Edit, class Write>
+uint32_t change_port(Site site, uint32_t port, Edit edit, Write write)
+{
+    st_mc_port_param *entry = port_param(site, port);
+    if (entry == nullptr)
+        return 1;
+    st_mc_port_param next = *entry;
+    if (!edit(next))
+        return 0;
+    uint32_t ret = write(next);
+    if (ret == 0)
+        *entry = next;
+    return ret;
+}
+
 }  // namespace ke::mc
 
 #endif

@@ -1,6 +1,6 @@
 // Per-port IGMP settings.  Each setter changes a copy of the port's cache
-// entry, writes the whole port (table 822, or its own table), and keeps
-// the change only when the write succeeded.
+// entry, writes it (the whole port in table 822, or the setting's own
+// table), and keeps the change only when the write succeeded.
 #include "cm_table.h"
 #include "codes.h"
 #include "mc_state.h"
@@ -36,18 +36,17 @@ uint32_t ke_omci_mc_port_set_proc(uint32_t port, const st_mc_port_param &param)
     return report_info(KE_SITE, set(rec));
 }
 
+// The per-port setters of table 822: change, write the whole port, keep.
 template <class Change>
 uint32_t update_port(Site site, uint32_t port, Change change)
 {
-    st_mc_port_param *entry = port_param(site, port);
-    if (entry == nullptr)
-        return 1;
-    st_mc_port_param next = *entry;
-    change(next);
-    if (ke_omci_mc_port_set_proc(port, next) != 0)
-        return 1;
-    *entry = next;
-    return 0;
+    return change_port(
+        site, port,
+        [&](st_mc_port_param &p) {
+            change(p);
+            return true;
+        },
+        [port](const st_mc_port_param &p) { return ke_omci_mc_port_set_proc(port, p); });
 }
 
 uint32_t ke_omci_tapi_mc_uprate_set_proc(uint32_t port, uint32_t rate)
@@ -117,11 +116,15 @@ uint32_t ke_omci_tapi_mc_usr_vlan_set(uint32_t ui_port, uint32_t ui_usrvlan)
 
 uint32_t ke_omci_tapi_mc_uprate_set(uint32_t ui_port, uint32_t ui_uprate)
 {
-    st_mc_port_param *entry = port_param(KE_SITE, ui_port);
-    if (entry == nullptr || ke_omci_tapi_mc_uprate_set_proc(ui_port, ui_uprate) != 0)
-        return 1;
-    entry->ui_uprate = ui_uprate;
-    return 0;
+    return change_port(
+        KE_SITE, ui_port,
+        [ui_uprate](st_mc_port_param &p) {
+            p.ui_uprate = ui_uprate;
+            return true;
+        },
+        [ui_port, ui_uprate](const st_mc_port_param &) {
+            return ke_omci_tapi_mc_uprate_set_proc(ui_port, ui_uprate);
+        });
 }
 
 uint32_t ke_omci_tapi_mc_group_num_set_proc(uint32_t ui_port, uint32_t ui_group_num)

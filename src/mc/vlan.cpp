@@ -1,11 +1,14 @@
 // Multicast VLANs of a port: the eight slots of table 824, mirrored in
 // the port's cache entry, and the VLAN memberships of table 808.
+#include <algorithm>
+
 #include "cm_table.h"
 #include "mc_state.h"
 #include "mc_tables.h"
 
 using namespace ke::cm;
 using namespace ke::mc;
+using ke::Site;
 
 namespace {
 
@@ -20,13 +23,16 @@ void add_member(uint32_t port, uint32_t vid)
     set(rec);
 }
 
-// Writes the slots and, when that succeeded, keeps them in the cache.
-uint32_t write_slots(uint32_t port, st_mc_port_param &entry, const VlanSlots &slots)
+// Edits a copy of the port's entry (edit answers whether there is anything
+// to write), writes its slots, and keeps the copy when that succeeded.
+template <class Edit>
+uint32_t edit_slots(Site site, uint32_t port, Edit edit)
 {
-    uint32_t ret = ke_omci_mc_vlan_set_proc(port, slots.data(), MC_VLAN_MAX);
-    if (ret == 0)
-        entry.aui_vlan = slots;
-    return ret;
+    return change_port(
+        site, port, edit,
+        [port](const st_mc_port_param &p) {
+            return ke_omci_mc_vlan_set_proc(port, p.aui_vlan.data(), MC_VLAN_MAX);
+        });
 }
 
 }  // namespace
@@ -56,56 +62,44 @@ uint32_t ke_omci_tapi_mc_vlan_set(const st_mc_vlan *pst_vlan)
 {
     if (pst_vlan == nullptr)
         return reject(KE_SITE);
-    st_mc_port_param *entry = port_param(KE_SITE, pst_vlan->ui_port);
-    if (entry == nullptr)
-        return 1;
-
-    VlanSlots slots = entry->aui_vlan;
-    size_t empty = slots.size();
-    for (size_t i = 0; i < slots.size(); ++i) {
-        if (slots[i] == pst_vlan->ui_vlan)
-            return 0;
-        if (empty == slots.size() && slots[i] == MC_VLAN_NONE)
-            empty = i;
-    }
-    if (empty == slots.size())
-        return 0;
-    slots[empty] = pst_vlan->ui_vlan;
-    return write_slots(pst_vlan->ui_port, *entry, slots);
+    uint32_t vlan = pst_vlan->ui_vlan;
+    return edit_slots(KE_SITE, pst_vlan->ui_port, [vlan](st_mc_port_param &p) {
+        VlanSlots &slots = p.aui_vlan;
+        if (std::find(slots.begin(), slots.end(), vlan) != slots.end())
+            return false;
+        auto empty = std::find(slots.begin(), slots.end(), uint32_t{MC_VLAN_NONE});
+        if (empty == slots.end())
+            return false;
+        *empty = vlan;
+        return true;
+    });
 }
 
+// The slot's range count stays for whichever VLAN takes the slot next.
 uint32_t ke_omci_tapi_mc_vlan_del(const st_mc_vlan *pst_vlan)
 {
     if (pst_vlan == nullptr)
         return reject(KE_SITE);
-    st_mc_port_param *entry = port_param(KE_SITE, pst_vlan->ui_port);
-    if (entry == nullptr)
-        return 1;
-
-    VlanSlots slots = entry->aui_vlan;
-    bool found = false;
-    for (uint32_t &slot : slots) {
-        if (slot == pst_vlan->ui_vlan) {
-            slot = MC_VLAN_NONE;
-            found = true;
+    uint32_t vlan = pst_vlan->ui_vlan;
+    return edit_slots(KE_SITE, pst_vlan->ui_port, [vlan](st_mc_port_param &p) {
+        bool found = false;
+        for (uint32_t &slot : p.aui_vlan) {
+            if (slot == vlan) {
+                slot = MC_VLAN_NONE;
+                found = true;
+            }
         }
-    }
-    if (!found)
-        return 0;
-    return write_slots(pst_vlan->ui_port, *entry, slots);
+        return found;
+    });
 }
 
 uint32_t ke_omci_tapi_mc_vlan_clr(uint32_t ui_port)
 {
-    st_mc_port_param *entry = port_param(KE_SITE, ui_port);
-    if (entry == nullptr)
-        return 1;
-    VlanSlots empty;
-    empty.fill(MC_VLAN_NONE);
-    uint32_t ret = write_slots(ui_port, *entry, empty);
-    if (ret == 0)
-        entry->aui_area_cnt.fill(0);
-    return ret;
+    return edit_slots(KE_SITE, ui_port, [](st_mc_port_param &p) {
+        p.aui_vlan.fill(MC_VLAN_NONE);
+        p.aui_area_cnt.fill(0);
+        return true;
+    });
 }
 
 }  // extern "C"

@@ -1,5 +1,4 @@
-// GEM port mapping test support: the mapping records and the system
-// information the follow-up depends on.
+// GEM port mapping test support.
 #ifndef KE_TEST_GEM_MAP_FIXTURE_H
 #define KE_TEST_GEM_MAP_FIXTURE_H
 
@@ -24,7 +23,7 @@ inline void script_sysinfo(const char *product)
     kestub::ipc_script("ke_ke_sysinfo_data_get_call", 0, info.data(), info.size());
 }
 
-// The request every mapping call must send for map.
+// The request every mapping call sends; get sends no GEM port or T-CONT.
 inline std::vector<uint8_t> map_request(const st_gem_map_param &map, bool with_target)
 {
     return words({map.ui_mask, map.ui_vlan, map.ui_pri, map.em_port, 0xFFFFFFFF,
