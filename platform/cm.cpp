@@ -39,6 +39,8 @@ std::vector<CmKeyField> default_key(uint32_t table)
         return {{4, 4}};
     if (table == 808)  // one membership per port and VLAN
         return {{8, 8}};
+    if (table == 813 || table == 814)  // a rule: the port and its three match words
+        return {{8, 28}};
     if (table >= 807 && table <= 834)
         return {{8, 4}};
     if (table == 448 || table == 449 || table == 458)
@@ -158,11 +160,9 @@ extern "C" {
 
 uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
 {
-    // The log keeps what was handed in (key and mask), not the reply.
-    kestub::Bytes request;
-    if (record != nullptr)
-        request.assign(static_cast<uint8_t *>(record), static_cast<uint8_t *>(record) + size);
     uint32_t status = kestub::fault_for(table);
+    // Logged before the reply overwrites it: the bytes are the request.
+    kestub::log_op(CmOp::Get, table, record, size, 0, status);
     if (status == 0 && record != nullptr) {
         auto *rec = static_cast<uint8_t *>(record);
         kestub::Bytes *e = kestub::find(table, rec, size);
@@ -171,8 +171,8 @@ uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
         else
             std::memcpy(rec, e->data(), std::min<size_t>(size, e->size()));
     }
-    return kestub::log_op(CmOp::Get, table, request.empty() ? nullptr : request.data(), size, 0,
-                          status);
+    kestub::cm().calls.back().status = status;
+    return status;
 }
 
 uint32_t igdCmConfSet(uint32_t table, void *record, uint32_t size)

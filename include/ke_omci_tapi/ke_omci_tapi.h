@@ -3,7 +3,9 @@
 #define KE_OMCI_TAPI_H
 
 #include "types.h"
+#include "lifecycle.h"
 #include "pon.h"
+#include "vlan.h"
 #include "device.h"
 
 #endif

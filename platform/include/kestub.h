@@ -96,7 +96,8 @@ enum class CmOp { Get, Set, Add, Del, GetEntryNum, GetAllEntry, OamCtrl };
 struct CmCall {
     CmOp op;
     uint32_t table;                // the control code for OamCtrl
-    std::vector<uint8_t> record;   // bytes handed in (empty for counts)
+    std::vector<uint8_t> record;   // bytes handed in, a Get's key and mask
+                                   // included (empty for counts)
     uint32_t size;                 // the size argument
     uint32_t count;                // count argument of GetAllEntry
     uint32_t status;
@@ -118,8 +119,10 @@ struct CmKeyField {
 };
 
 // Replace a table's key (by default the user port at offset 8 for the
-// VLAN, multicast and port tables, the port at offset 4 for 815 and 816,
-// bytes 4 to 6 for the WAN tables, the line byte at 4 for the others).
+// VLAN, multicast and port tables, with the VLAN ID after it for 808 and
+// the three match words after it for 813 and 814, the port at offset 4
+// for 815 and 816, bytes 4 to 6 for the WAN tables, the line byte at 4
+// for the others).
 void cm_set_key(uint32_t table, std::vector<CmKeyField> key);
 
 // How a Set folds an incoming record into the stored one of the same key.

@@ -11,10 +11,8 @@
 #include <cstdint>
 
 #include "ke_omci_tapi/mc.h"
+#include "ke_omci_tapi/vlan.h"
 #include "trace.h"
-
-// The port-mode family: 1 when the port works in SFU mode, else 0.
-extern "C" uint32_t ke_omci_tapi_check_port_mode_is_sfu(uint32_t ui_port);
 
 namespace ke::mc {
 

@@ -1,27 +1,22 @@
+// The multicast parameter dump: one port's state, line by line.
 #include "param_dump.h"
 
 #include <cstdio>
 #include <cstring>
 
+#include "ke_omci_tapi/lifecycle.h"
 #include "mc_state.h"
 
 using namespace ke::mc;
 
-namespace {
-
-// The served-call refusal of a request that cannot be read.
-constexpr uint32_t kBadRequest = 0x72200008;
-
-}  // namespace
-
 // Reads without a lock: a dump taken while the port changes may mix old
 // and new values, and never writes anything.
-extern "C" uint32_t ke_ke_omci_mc_param_get_ipc(const void *request)
+extern "C" uint32_t ke_ke_omci_mc_param_get_ipc(void *pv_request)
 {
-    if (request == nullptr)
-        return kBadRequest;
+    if (pv_request == nullptr)
+        return KE_SERVED_CALL_REFUSED;
     uint32_t port = 0;
-    std::memcpy(&port, request, sizeof port);
+    std::memcpy(&port, pv_request, sizeof port);
     const st_mc_port_param *p = counted_port(port);
     if (p == nullptr)
         return MC_ERR_STATE;

@@ -1,12 +1,15 @@
-// The multicast parameter dump: the implementation behind the served call
-// "ke_ke_omci_mc_param_get_call".
+// The multicast parameter dump, served under "ke_ke_omci_mc_param_get_call".
 #ifndef KE_MC_PARAM_DUMP_H
 #define KE_MC_PARAM_DUMP_H
 
-#include <cstdint>
+#include "ke_omci_tapi/types.h"
 
-// Prints the multicast state of the port named by the 4-byte request.
-// 0, or 0x70000000 (nothing printed) for a port at or above the port count.
-extern "C" uint32_t ke_ke_omci_mc_param_get_ipc(const void *request);
+KE_EXTERN_C_BEGIN
+
+// Prints the multicast state of the user port in the 4-byte request;
+// reached only through the server entry, which has checked the request.
+KE_API uint32_t ke_ke_omci_mc_param_get_ipc(void *pv_request);
+
+KE_EXTERN_C_END
 
 #endif

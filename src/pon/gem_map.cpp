@@ -9,9 +9,6 @@
 
 #include "../frame/call.h"
 
-// The device family: the cached system information, fetched on first use.
-extern "C" uint32_t ke_omci_tapi_sysinfo_get(st_sysinfo *pst_sysinfo);
-
 using ke::Site;
 
 namespace {

@@ -9,8 +9,6 @@
 #include "ke_omci_tapi/pon.h"
 #include "stub_test.h"
 
-extern "C" uint32_t ke_omci_tapi_sysinfo_get(st_sysinfo *pst_sysinfo);
-
 namespace ketest {
 
 // Scripts the two system-information replies with a product-type text.

@@ -10,12 +10,9 @@
 #include <regex>
 #include <utility>
 
+#include "ke_omci_tapi/lifecycle.h"
 #include "ke_omci_tapi/mc.h"
 #include "stub_test.h"
-
-// The served multicast dump: server entry and client stub.
-extern "C" uint32_t ke_ke_omci_mc_param_get_call(void *buf, uint32_t len);
-extern "C" uint32_t ke_omci_mc_param_get(void *req);
 
 namespace ketest {
 

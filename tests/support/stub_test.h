@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kestub.h"
@@ -99,6 +100,55 @@ inline bool is_copy_line(const std::string &text, const std::string &func, const
     std::snprintf(buf, sizeof buf, "%s, %d:%s return[%d] failed \r\n", func.c_str(), line,
                   op.c_str(), err);
     return line > 0 && text == buf;
+}
+
+// A zeroed record of size bytes with the given 32-bit words (offset,
+// value) set: what a table writer must send.
+inline std::vector<uint8_t> cm_record(size_t size,
+                                      std::initializer_list<std::pair<size_t, uint32_t>> fields)
+{
+    std::vector<uint8_t> out(size, 0);
+    for (const auto &f : fields)
+        if (f.first + 4 <= size)
+            std::memcpy(out.data() + f.first, &f.second, 4);
+    return out;
+}
+
+// Success when exactly one configuration-manager operation was made
+// since reset: op on table, carrying exactly record at its size.
+inline ::testing::AssertionResult one_cm_call(kestub::CmOp op, uint32_t table,
+                                              const std::vector<uint8_t> &record)
+{
+    const auto &calls = kestub::cm_calls();
+    if (calls.size() != 1)
+        return ::testing::AssertionFailure() << calls.size() << " table operations";
+    const kestub::CmCall &c = calls[0];
+    if (c.op != op || c.table != table)
+        return ::testing::AssertionFailure()
+               << "operation " << static_cast<int>(c.op) << " on table " << c.table;
+    if (c.size != record.size() || c.record != record)
+        return ::testing::AssertionFailure() << "record of " << c.size << " bytes differs";
+    return ::testing::AssertionSuccess();
+}
+
+// True when text is pattern with every "%d" standing for one and the same
+// source line number (> 0): a trace line whose line number is the
+// implementation's own.
+inline bool matches_at_line(const std::string &text, const std::string &pattern)
+{
+    size_t at = pattern.find("%d");
+    if (at == std::string::npos)
+        return text == pattern;
+    if (text.compare(0, at, pattern, 0, at) != 0)
+        return false;
+    int line = std::atoi(text.c_str() + at);
+    if (line <= 0)
+        return false;
+    std::string expected = pattern;
+    const std::string number = std::to_string(line);
+    for (size_t p = expected.find("%d"); p != std::string::npos; p = expected.find("%d", p))
+        expected.replace(p, 2, number);
+    return text == expected;
 }
 
 // libsafec's code for a null source or destination.

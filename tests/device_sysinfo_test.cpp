@@ -1,0 +1,144 @@
+// System information: the byte mapping of both replies, the cache filled
+// once per process, the product type; the serial-number and LOID read;
+// reboot.  Only the first test fills the cache in this process; the
+// product-type cases run in processes of their own (device_product_type_test).
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "ke_omci_tapi/lifecycle.h"
+#include "stub_test.h"
+#include "sysinfo_replies.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using ketest::bytes_of;
+using ketest::call_names;
+using ketest::printed;
+using ketest::patterned;
+using ketest::script;
+using ketest::sysinfo_reply;
+
+class Sysinfo : public ketest::StubTest {};
+
+// Fields: record offset, width, reply offset; from the board reply when
+// marked, otherwise from the system-information reply.
+struct Source {
+    size_t to, width, from;
+    bool board;
+};
+constexpr Source kSysinfo[] = {
+    {0, 4, 215, false}, {4, 14, 387, false}, {18, 14, 267, false}, {32, 20, 455, false},
+    {52, 4, 484, false}, {60, 4, 4, true},   {64, 4, 8, true},     {68, 4, 12, true},
+    {72, 4, 0, true},   {76, 12, 564, false}, {88, 4, 684, false},
+};
+constexpr Source kSnLoid[] = {
+    {0, 6, 66, false}, {6, 8, 48, false}, {50, 16, 195, false}, {66, 36, 155, false}};
+
+template <size_t N>
+Bytes mapped(const Source (&fields)[N], size_t size, const Bytes &info, const Bytes &board = {})
+{
+    Bytes rec(size, 0);
+    for (const Source &f : fields)
+        std::memcpy(rec.data() + f.to, (f.board ? board : info).data() + f.from, f.width);
+    return rec;
+}
+
+TEST_F(Sysinfo, CacheIsFilledOnceAndOnlyByAWholeFetch)
+{
+    EXPECT_EQ(bytes_of(gst_sysinfo), Bytes(92, 0));
+    const Bytes board = patterned(956, 7), info = sysinfo_reply("hgu", 8);
+    st_sysinfo out;
+    std::memset(&out, 0xA5, sizeof out);
+    const Bytes untouched = bytes_of(out);
+    kestub::log_set(true);
+
+    // A failed fetch changes nothing; the retry makes both calls again.
+    std::string lines;
+    kestub::ipc_script("ke_ke_board_info_get_call", 0x1001);
+    lines += printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 1u); });
+    script("ke_ke_board_info_get_call", board);
+    kestub::ipc_script("ke_ke_sysinfo_data_get_call", 0x1002);
+    lines += printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 1u); });
+    script("ke_ke_board_info_get_call", board);
+    script("ke_ke_sysinfo_data_get_call", info);
+    EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 0u);
+    EXPECT_EQ(call_names(), (std::vector<std::string>{
+                                "ke_ke_board_info_get_call", "ke_ke_board_info_get_call",
+                                "ke_ke_sysinfo_data_get_call", "ke_ke_board_info_get_call",
+                                "ke_ke_sysinfo_data_get_call"}));
+    EXPECT_EQ(kestub::ipc_calls()[3].len, 956u);
+    EXPECT_EQ(kestub::ipc_calls()[4].len, 720u);
+
+    std::string func;
+    int board_at = 0, info_at = 0;
+    size_t split = lines.find('\n') + 1;
+    EXPECT_TRUE(ketest::parse_info_line(lines.substr(0, split), &func, &board_at, 0x1001));
+    EXPECT_TRUE(ketest::parse_info_line(lines.substr(split), &func, &info_at, 0x1002)) << lines;
+    EXPECT_EQ(func, "ke_omci_tapi_sysinfo_get");
+    EXPECT_NE(board_at, info_at);
+
+    Bytes expected = mapped(kSysinfo, 92, info, board);
+    expected[56] = KE_PRODUCT_HGU;
+    EXPECT_EQ(bytes_of(out), expected);
+    EXPECT_EQ(bytes_of(gst_sysinfo), expected);
+
+    // Later reads make no call; a failed copy out still answers 0.
+    kestub::reset();
+    std::memset(&out, 0, sizeof out);
+    EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 0u);
+    EXPECT_EQ(bytes_of(out), expected);
+    std::string copy_line = printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(nullptr), 0u); });
+    EXPECT_TRUE(ketest::is_copy_line(copy_line, "ke_omci_tapi_sysinfo_get", "memcpy_s",
+                                     ketest::kEsNullPtr))
+        << copy_line;
+    EXPECT_TRUE(kestub::ipc_calls().empty());
+}
+
+TEST_F(Sysinfo, SnLoidTakesAFreshReplyEveryTimeAndTheStore)
+{
+    st_sn_loid loid;
+    for (size_t i = 0; i < sizeof loid; ++i)
+        reinterpret_cast<uint8_t *>(&loid)[i] = static_cast<uint8_t>(0xC0 ^ i);
+    ASSERT_EQ(ke_ke_omci_set_loid_call(&loid, sizeof loid), 0u);
+    ASSERT_EQ(ke_ke_omci_set_loidpwd_call(&loid, sizeof loid), 0u);
+    for (uint32_t seed : {11u, 12u}) {
+        const Bytes info = sysinfo_reply("SFU", seed);
+        script("ke_ke_sysinfo_data_get_call", info);
+        st_sn_loid out;
+        EXPECT_EQ(ke_omci_tapi_sn_loid_get(&out), 0u);
+        Bytes expected = mapped(kSnLoid, 102, info);
+        std::memcpy(expected.data() + 14, loid.auc_loid, 36);
+        EXPECT_EQ(bytes_of(out), expected) << "seed " << seed;
+    }
+    EXPECT_EQ(kestub::ipc_calls().size(), 2u);
+
+    // A failed call leaves the record as it was.
+    kestub::ipc_script("ke_ke_sysinfo_data_get_call", 0x72200004);
+    st_sn_loid out;
+    std::memset(&out, 0x3C, sizeof out);
+    EXPECT_EQ(ke_omci_tapi_sn_loid_get(&out), 1u);
+    EXPECT_EQ(bytes_of(out), Bytes(102, 0x3C));
+}
+
+TEST_F(Sysinfo, RebootIsOneControlRequest)
+{
+    kestub::log_set(true);
+    EXPECT_EQ(ke_omci_tapi_reboot(), 0u);
+    kestub::cm_fail_nth(1, 0x5555);
+    std::string line = printed([] { EXPECT_EQ(ke_omci_tapi_reboot(), 1u); });
+    std::string func;
+    int at = 0;
+    EXPECT_TRUE(ketest::parse_info_line(line, &func, &at, 0x5555)) << line;
+    EXPECT_EQ(func, "ke_omci_tapi_reboot");
+    ASSERT_EQ(kestub::cm_calls().size(), 2u);
+    for (const auto &c : kestub::cm_calls()) {
+        EXPECT_EQ(c.op, kestub::CmOp::OamCtrl);
+        EXPECT_EQ(c.table, 0x20000001u);
+    }
+    EXPECT_TRUE(kestub::ipc_calls().empty());
+}
+
+}  // namespace
