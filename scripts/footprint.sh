@@ -85,7 +85,8 @@ records_of() {
         next
     }
     cur != "" && /^ +<[0-9a-f]+> +DW_AT_/ {
-        a = $2; v = $0; sub(/^[^:]*: /, "", v)
+        # A long attribute name runs into its colon ("DW_AT_specification:").
+        a = $2; sub(/:$/, "", a); v = $0; sub(/^[^:]*: /, "", v)
         if (a == "DW_AT_type") type[cur] = ref(v)
         else if (a == "DW_AT_abstract_origin") origin[cur] = ref(v)
         else if (a == "DW_AT_specification") decl_of[cur] = ref(v)
