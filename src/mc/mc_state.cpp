@@ -1,6 +1,8 @@
 // The multicast state and the first-use initialisation.
 #include "mc_state.h"
 
+#include <cstring>
+
 #include "call.h"
 
 namespace ke::mc {
