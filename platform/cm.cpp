@@ -43,8 +43,10 @@ std::vector<CmKeyField> default_key(uint32_t table)
         return {{8, 28}};
     if (table >= 807 && table <= 834)
         return {{8, 4}};
-    if (table == 448 || table == 449 || table == 458)
+    if (table == 448 || table == 458)
         return {{4, 3}};
+    if (table == 449)
+        return {{4, 1}};  // the state of a connection is keyed by its first key byte
     return {{4, 1}};
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <strings.h>
 
 #include "kestub.h"
@@ -19,6 +20,9 @@ struct OsState {
     unsigned malloc_fail_at = 0;  // 0: never
     FILE *capture = nullptr;
     int saved_stdout = -1;
+    // Board information: a locally administered MAC unless a test says
+    // otherwise.
+    std::map<std::string, std::string> bdinfo{{"mac", "021018000001"}};
 };
 
 OsState &os()
@@ -39,6 +43,8 @@ void os_reset()
 void os_fail_malloc(unsigned nth) { os().malloc_fail_at = nth == 0 ? 0 : os().malloc_calls + nth; }
 
 unsigned os_malloc_calls() { return os().malloc_calls; }
+
+void bdinfo_set(const char *key, const char *value) { os().bdinfo[key] = value; }
 
 void capture_begin()
 {
@@ -78,6 +84,7 @@ void reset()
     log_reset();
     os_reset();
     cm_reset();
+    shell_reset();
 }
 
 }  // namespace kestub
@@ -130,8 +137,8 @@ int bdinfo_get_value(const char *key, char *buf, uint32_t size)
 {
     if (key == nullptr || buf == nullptr || size == 0)
         return -1;
-    const char *value = std::strcmp(key, "mac") == 0 ? "00E0FC123456" : "";
-    std::snprintf(buf, size, "%s", value);
+    auto it = kestub::os().bdinfo.find(key);
+    std::snprintf(buf, size, "%s", it != kestub::os().bdinfo.end() ? it->second.c_str() : "");
     return 0;
 }
 

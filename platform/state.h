@@ -7,6 +7,7 @@ void ipc_reset();
 void log_reset();
 void os_reset();
 void cm_reset();
+void shell_reset();
 }  // namespace kestub
 
 #endif

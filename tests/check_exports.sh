@@ -37,7 +37,7 @@ if grep -E '_s_chk$' "$tmp/undefined"; then
     echo "the library binds to checking entry points instead of the Annex K names (above)"
     fail=1
 fi
-platform='^(ke_ipc_call|ke_log_print_on|ke_os_[a-z_]+|igdCmConf[A-Za-z]+|igdCmOamCtrl|bdinfo_get_value|memcpy_s|memset_s|strcpy_s|sprintf_s)$'
+platform='^(ke_ipc_call|ke_log_print_on|ke_os_[a-z_]+|igdCmConf(Get|Set|Add|Del|GetEntryNum|GetAllEntry)|igdCmOamCtrl|bdinfo_get_value|memcpy_s|memset_s|strcpy_s|sprintf_s)$'
 if grep -E "$platform" "$tmp/defined"; then
     echo "the library defines platform functions (above)"
     fail=1

@@ -2,7 +2,7 @@
 //
 // The stand-in library provides, off the device, the platform functions
 // the library is bound to (IPC, log, OS, configuration manager, board
-// information, Annex K).  This header is how a test or a tool drives it:
+// information, Annex K, the shell).  This header is how a test or a tool drives it:
 // serve or script remote calls, open the log gate, capture standard
 // output, and read back every operation the library made.
 #ifndef KESTUB_H
@@ -81,6 +81,28 @@ std::string capture_end();
 // Make the nth next ke_os_malloc (1 = the next one) answer null.
 void os_fail_malloc(unsigned nth);
 unsigned os_malloc_calls();
+
+// Board information: what bdinfo_get_value answers for key ("mac" is
+// "021018000001" after reset()).
+void bdinfo_set(const char *key, const char *value);
+
+// ---- Shell -------------------------------------------------------------
+//
+// system() is the stand-in's: each command is recorded and handed to the
+// shell handler, whose result system() returns.  Without a handler nothing
+// runs and system() answers 0, so no test reaches the machine's own
+// configuration or services by accident.  (Tests themselves must not use
+// system() for their own work: it lands here too.)
+
+using ShellHandler = int (*)(const char *command);
+void shell_serve(ShellHandler handler);
+
+// Every command given to system() since reset(), in order.
+const std::vector<std::string> &shell_commands();
+
+// Runs command with /bin/sh -c, as the C library's system() would, and
+// returns its wait status; for handlers that let a command really run.
+int shell_run(const char *command);
 
 // ---- Configuration manager ---------------------------------------------
 //

@@ -1,0 +1,635 @@
+// The VoIP WAN connection: finding it by service bit, change detection
+// and field masks of a set, creation when it is missing, the read of its
+// values in use, the delete, failures and the TR-069 WAN status byte.
+#include <arpa/inet.h>
+
+#include <cstring>
+
+#include "ke_omci_tapi/voip_wan.h"
+#include "uci_sandbox.h"
+
+// The TR-069 status read belongs to the remote-management family; its
+// checks run when that family is in the build.
+extern "C" __attribute__((weak)) uint32_t ke_omci_tapi_tr069_status_get(uint32_t *value);
+
+namespace {
+
+using ketest::bytes_of;
+using kestub::CmOp;
+
+constexpr uint32_t kConn = 448;
+constexpr uint32_t kState = 449;
+constexpr uint32_t kList = 458;
+
+uint32_t addr(const char *text) { return inet_addr(text); }
+
+void put_addr(uint8_t *dst, const char *text)
+{
+    uint32_t a = addr(text);
+    std::memcpy(dst, &a, 4);
+}
+
+st_wan_conn_list_entry entry(uint8_t key, uint8_t service, const char *name)
+{
+    st_wan_conn_list_entry e;
+    std::memset(&e, 0, sizeof e);
+    e.auc_key[0] = key;
+    e.auc_key[1] = static_cast<uint8_t>(key + 1);
+    e.auc_key[2] = static_cast<uint8_t>(key + 2);
+    e.uc_service = service;
+    std::snprintf(e.ac_name, sizeof e.ac_name, "%s", name);
+    return e;
+}
+
+// A static connection as the configuration manager holds it.
+st_wan_conn stored_conn(uint8_t key, const char *name)
+{
+    st_wan_conn c;
+    std::memset(&c, 0, sizeof c);
+    c.auc_key[0] = key;
+    c.auc_key[1] = static_cast<uint8_t>(key + 1);
+    c.auc_key[2] = static_cast<uint8_t>(key + 2);
+    std::snprintf(c.ac_name, sizeof c.ac_name, "%s", name);
+    c.uc_vlan_mode = 2;
+    c.ui_vlan_id = 100;
+    c.uc_priority = 5;
+    c.uc_priority_enable = 1;
+    c.uc_addr_mode = KE_WAN_ADDR_STATIC;
+    c.ui_service = KE_WAN_SERVICE_VOICE;
+    put_addr(c.auc_ipaddr, "10.0.0.2");
+    put_addr(c.auc_netmask, "255.255.255.0");
+    put_addr(c.auc_gateway, "10.0.0.1");
+    std::snprintf(c.ac_dns, sizeof c.ac_dns, "8.8.8.8,8.8.4.4");
+    const uint8_t mac[6] = {0x02, 0x10, 0x18, 0x00, 0x00, 0x02};
+    std::memcpy(c.auc_mac, mac, 6);
+    return c;
+}
+
+st_wan_conn_state stored_state(uint8_t key, const char *name)
+{
+    st_wan_conn_state s;
+    std::memset(&s, 0, sizeof s);
+    s.uc_key = key;
+    std::snprintf(s.ac_name, sizeof s.ac_name, "%s", name);
+    std::snprintf(s.ac_ipaddr, sizeof s.ac_ipaddr, "10.9.8.7");
+    std::snprintf(s.ac_netmask, sizeof s.ac_netmask, "255.255.0.0");
+    std::snprintf(s.ac_gateway, sizeof s.ac_gateway, "10.9.0.1");
+    std::snprintf(s.ac_dns1, sizeof s.ac_dns1, "1.1.1.1");
+    std::snprintf(s.ac_dns2, sizeof s.ac_dns2, "9.9.9.9");
+    return s;
+}
+
+st_voip_wan_attr attr_for(uint16_t service)
+{
+    st_voip_wan_attr a;
+    std::memset(&a, 0, sizeof a);
+    a.us_service = service;
+    return a;
+}
+
+std::vector<CmOp> ops()
+{
+    std::vector<CmOp> out;
+    for (const auto &c : kestub::cm_calls())
+        out.push_back(c.op);
+    return out;
+}
+
+// The records written to table 448.
+std::vector<std::vector<uint8_t>> conn_sets()
+{
+    std::vector<std::vector<uint8_t>> out;
+    for (const auto &c : kestub::cm_calls())
+        if (c.op == CmOp::Set && c.table == kConn)
+            out.push_back(c.record);
+    return out;
+}
+
+class VoipWan : public ketest::UciSandbox {
+protected:
+    void SetUp() override
+    {
+        UciSandbox::SetUp();
+        use_slots(1);
+        write_config("firewall", "config zone\nconfig zone\n");
+        write_config("igmpproxy", "");
+    }
+
+    // n WAN interface slots in use: what set counts the list with.
+    void use_slots(int n)
+    {
+        std::string network = "config interface 'wan'\nconfig interface 'wan6'\n";
+        for (int i = 1; i <= n; ++i)
+            network += "config interface 'pon_" + std::to_string(i) + "'\n";
+        write_config("network", network);
+    }
+
+    void preload(const st_wan_conn_list_entry &e) { kestub::cm_preload(kList, &e, sizeof e); }
+    void preload(const st_wan_conn &c) { kestub::cm_preload(kConn, &c, sizeof c); }
+    void preload(const st_wan_conn_state &s) { kestub::cm_preload(kState, &s, sizeof s); }
+
+    // One connection with these service bits, its record and its state.
+    st_wan_conn preload_conn(uint8_t key, uint8_t service_bits, const char *name)
+    {
+        preload(entry(key, service_bits, name));
+        st_wan_conn c = stored_conn(key, name);
+        c.auc_mac[5] = key;
+        preload(c);
+        preload(stored_state(key, name));
+        return c;
+    }
+
+    st_wan_conn preload_voice() { return preload_conn(1, KE_WAN_SERVICE_VOICE, "voice"); }
+
+    // Delete clears the status byte, which lives as long as the library.
+    void clear_status()
+    {
+        ke_omci_tapi_voip_wan_del(1);
+        restart();
+    }
+
+    // Checks the status byte when the TR-069 status read is in the build.
+    static void expect_status(uint32_t want, const char *label = "")
+    {
+        if (ke_omci_tapi_tr069_status_get != nullptr) {
+            EXPECT_EQ(status_byte(), want) << label;
+        }
+    }
+
+    static uint8_t status_byte()
+    {
+        uint32_t value = 0xEEEEEEEE;
+        EXPECT_EQ(ke_omci_tapi_tr069_status_get(&value), 0u);
+        return static_cast<uint8_t>(value);
+    }
+};
+
+TEST_F(VoipWan, OnlyTheChangedGatewayIsWritten)
+{
+    st_wan_conn old = preload_voice();
+    st_voip_wan_attr a = attr_for(0);
+    a.ui_gateway = addr("10.0.0.254");
+    a.ui_gateway_set = 1;
+    kestub::os_fail_malloc(1);  // set takes its list from the C heap
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
+
+    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetAllEntry, CmOp::Get, CmOp::Set}));
+    const auto &list_read = kestub::cm_calls()[0];
+    EXPECT_EQ(list_read.table, kList);
+    EXPECT_EQ(list_read.size, 148u);
+    EXPECT_EQ(list_read.count, 1u);
+    EXPECT_EQ(kestub::cm_calls()[1].table, kConn);
+    EXPECT_EQ(kestub::cm_calls()[1].size, 2680u);
+
+    st_wan_conn want = old;
+    put_addr(want.auc_gateway, "10.0.0.254");
+    want.ui_mask1 = 0x1000100;
+    want.ui_mask2 = 0;
+    ASSERT_EQ(conn_sets().size(), 1u);
+    EXPECT_EQ(conn_sets()[0], bytes_of(want));
+    EXPECT_EQ(kestub::cm_calls()[2].size, 2680u);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(nullptr), 0x70000000u);
+}
+
+TEST_F(VoipWan, EachChangedValueSetsItsMaskBits)
+{
+    struct Case {
+        const char *label;
+        void (*old)(st_wan_conn &);
+        void (*give)(st_voip_wan_attr &);
+        void (*want)(st_wan_conn &);  // fields written, from the old record
+        uint32_t mask1;
+        uint32_t mask2;
+    };
+    const Case cases[] = {
+        {"dhcp on a static connection", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.us_ip_options = 1; a.us_ip_options_set = 1; },
+         [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_DHCP; }, 0x100, 0},
+        {"only bit 0 of the options counts", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.us_ip_options = 0xFFFE; a.us_ip_options_set = 1; },
+         [](st_wan_conn &) {}, 0, 0},
+        {"new vlan", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.ui_vlan_id = 101; a.ui_vlan_id_set = 1; },
+         [](st_wan_conn &c) { c.ui_vlan_id = 101; }, 0x22, 0},
+        {"same vlan, vlan mode not yet 2", [](st_wan_conn &c) { c.uc_vlan_mode = 0; },
+         [](st_voip_wan_attr &a) { a.ui_vlan_id = 100; a.ui_vlan_id_set = 1; },
+         [](st_wan_conn &c) { c.uc_vlan_mode = 2; }, 0x22, 0},
+        {"priority 15 means none", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.uc_priority = 15; a.us_priority_set = 1; },
+         [](st_wan_conn &c) { c.uc_priority = 0; c.uc_priority_enable = 0; }, 0x4, 0x20000000},
+        {"priority 0 is in force",
+         [](st_wan_conn &c) { c.uc_priority = 0; c.uc_priority_enable = 0; },
+         [](st_voip_wan_attr &a) { a.uc_priority = 0; a.us_priority_set = 1; },
+         [](st_wan_conn &c) { c.uc_priority_enable = 1; }, 0, 0x20000000},
+        {"new priority", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.uc_priority = 6; a.us_priority_set = 1; },
+         [](st_wan_conn &c) { c.uc_priority = 6; }, 0x4, 0},
+        {"new address", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.ui_ipaddr = addr("10.0.0.3"); a.ui_ipaddr_set = 1; },
+         [](st_wan_conn &c) { put_addr(c.auc_ipaddr, "10.0.0.3"); }, 0x2000100, 0},
+        {"same address on a dhcp connection",
+         [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_DHCP; },
+         [](st_voip_wan_attr &a) { a.ui_ipaddr = addr("10.0.0.2"); a.ui_ipaddr_set = 1; },
+         [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_STATIC; }, 0x2000100, 0},
+        {"new mask", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { a.ui_netmask = addr("255.0.0.0"); a.ui_netmask_set = 1; },
+         [](st_wan_conn &c) { put_addr(c.auc_netmask, "255.0.0.0"); }, 0x800100, 0},
+        {"new dns text", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) { std::strcpy(a.ac_dns, "9.9.9.9"); a.ui_dns_set = 1; },
+         [](st_wan_conn &c) { std::memset(c.ac_dns, 0, 256); std::strcpy(c.ac_dns, "9.9.9.9"); },
+         0x40000100, 0},
+        {"dns differing after its terminator", [](st_wan_conn &c) { c.ac_dns[255] = 'x'; },
+         [](st_voip_wan_attr &a) { std::strcpy(a.ac_dns, "8.8.8.8,8.8.4.4"); a.ui_dns_set = 1; },
+         [](st_wan_conn &c) { c.ac_dns[255] = 0; }, 0x40000100, 0},
+        {"an address after dhcp in one call stays static", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) {
+             a.us_ip_options = 1;
+             a.us_ip_options_set = 1;
+             a.ui_ipaddr = addr("10.0.0.2");
+             a.ui_ipaddr_set = 1;
+         },
+         [](st_wan_conn &) {}, 0x100, 0},
+        {"every value as stored", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) {
+             st_wan_conn c = stored_conn(1, "voice");
+             a.us_ip_options_set = a.ui_vlan_id_set = a.us_priority_set = 1;
+             a.ui_ipaddr_set = a.ui_netmask_set = a.ui_gateway_set = a.ui_dns_set = 1;
+             a.ui_vlan_id = c.ui_vlan_id;
+             a.uc_priority = c.uc_priority;
+             std::memcpy(&a.ui_ipaddr, c.auc_ipaddr, 4);
+             std::memcpy(&a.ui_netmask, c.auc_netmask, 4);
+             std::memcpy(&a.ui_gateway, c.auc_gateway, 4);
+             std::memcpy(a.ac_dns, c.ac_dns, 256);
+         },
+         [](st_wan_conn &) {}, 0, 0},
+        {"values without presence are ignored", [](st_wan_conn &) {},
+         [](st_voip_wan_attr &a) {
+             a.us_ip_options = 1;
+             a.ui_vlan_id = 7;
+             a.uc_priority = 1;
+             a.ui_ipaddr = addr("1.2.3.4");
+             a.ui_netmask = addr("255.0.0.0");
+             a.ui_gateway = addr("1.2.3.1");
+             std::strcpy(a.ac_dns, "1.1.1.1");
+         },
+         [](st_wan_conn &) {}, 0, 0},
+    };
+    for (const Case &c : cases) {
+        restart();
+        st_wan_conn old = stored_conn(1, "voice");
+        c.old(old);
+        preload(entry(1, KE_WAN_SERVICE_VOICE, "voice"));
+        preload(old);
+        st_voip_wan_attr a = attr_for(0);
+        c.give(a);
+        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u) << c.label;
+        if (c.mask1 == 0 && c.mask2 == 0) {
+            EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetAllEntry, CmOp::Get})) << c.label;
+            continue;
+        }
+        st_wan_conn want = old;
+        c.want(want);
+        want.ui_mask1 = c.mask1;
+        want.ui_mask2 = c.mask2;
+        ASSERT_EQ(conn_sets().size(), 1u) << c.label;
+        EXPECT_EQ(conn_sets()[0], bytes_of(want)) << c.label;
+    }
+}
+
+TEST_F(VoipWan, ServiceBitsDifferBetweenSetAndReads)
+{
+    use_slots(4);
+    // Key 1: TR-069; key 4: internet; key 7: voice and TR-069.
+    auto arrange = [this] {
+        restart();
+        preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
+        preload_conn(4, KE_WAN_SERVICE_INTERNET, "internet");
+        preload_conn(7, KE_WAN_SERVICE_VOICE | KE_WAN_SERVICE_TR069, "both");
+    };
+    struct {
+        uint16_t service;
+        uint8_t set_key;
+        uint8_t read_key;
+    } cases[] = {{0, 7, 7}, {1, 1, 1}, {2, 4, 1}, {0xFFFF, 4, 1}};
+    for (const auto &c : cases) {
+        arrange();
+        st_voip_wan_attr a = attr_for(c.service);
+        a.ui_vlan_id = 200;
+        a.ui_vlan_id_set = 1;
+        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+        ASSERT_EQ(conn_sets().size(), 1u) << c.service;
+        EXPECT_EQ(conn_sets()[0][4], c.set_key) << c.service;
+        EXPECT_EQ(kestub::cm_calls()[0].count, 4u);
+
+        arrange();
+        st_voip_wan_attr g = attr_for(c.service);
+        EXPECT_EQ(ke_omci_tapi_voip_wan_get(&g), 0u);
+        EXPECT_EQ(g.auc_mac[5], c.read_key) << c.service;
+        EXPECT_EQ(g.us_ip_options, 0) << "a static connection leaves the DHCP bit clear";
+    }
+    // The delete reads like get, with the service as a word.
+    for (uint32_t service : {0u, 2u, 0x10000u}) {
+        arrange();
+        EXPECT_EQ(ke_omci_tapi_voip_wan_del(service), 0u);
+        ASSERT_EQ(ops().back(), CmOp::Del);
+        EXPECT_EQ(kestub::cm_calls().back().record[4], service == 0 ? 7 : 1) << service;
+    }
+}
+
+TEST_F(VoipWan, SetCountsTheListByTheSlotsInUse)
+{
+    // Two connections listed, one slot known to uci: the second one is not
+    // seen, and without a VLAN nothing is created.
+    preload(entry(1, KE_WAN_SERVICE_TR069, "tr069"));
+    preload(entry(2, KE_WAN_SERVICE_VOICE, "voice"));
+    preload(stored_conn(2, "voice"));
+    st_voip_wan_attr a = attr_for(0);
+    a.ui_gateway = addr("10.0.0.9");
+    a.ui_gateway_set = 1;
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+    EXPECT_EQ(ops(), std::vector<CmOp>{CmOp::GetAllEntry});
+    EXPECT_EQ(kestub::cm_calls()[0].count, 1u);
+    EXPECT_EQ(kestub::cm_calls()[0].size, 148u);
+}
+
+TEST_F(VoipWan, NoSlotAndNoVlanCreatesNothing)
+{
+    clear_status();
+    use_slots(0);
+    st_voip_wan_attr a = attr_for(1);
+    a.ui_ipaddr = addr("10.0.0.2");
+    a.ui_ipaddr_set = 1;
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+    EXPECT_TRUE(kestub::cm_calls().empty());
+    EXPECT_EQ(kestub::shell_commands().size(), 4u);  // the slot reads
+    expect_status(0);
+}
+
+TEST_F(VoipWan, AMissingConnectionIsCreatedFromTheCallersValues)
+{
+    struct {
+        const char *label;
+        uint16_t service;
+        uint16_t ip_options;
+        uint8_t priority;
+        bool address;
+        const char *proto;
+        const char *conn_type;
+        const char *mapping;
+    } cases[] = {
+        {"static voice", 0, 0, 3, true, "static", "VOICE", "7:3"},
+        {"dhcp tr069 without priority", 1, 1, 15, false, "dhcp", "TR069", "7:0"},
+        {"dhcp asked, address given: static", 1, 1, 0, true, "static", "TR069", "7:0"},
+        {"internet", 9, 0, 7, true, "static", "INTERNET", "7:7"},
+    };
+    for (const auto &c : cases) {
+        clear_status();
+        use_slots(0);
+        write_config("firewall", "config zone\nconfig zone\n");
+        st_voip_wan_attr a = attr_for(c.service);
+        a.ui_vlan_id = 300;
+        a.ui_vlan_id_set = 1;
+        a.uc_priority = c.priority;
+        a.us_priority_set = 1;
+        a.us_ip_options = c.ip_options;
+        a.us_ip_options_set = 1;
+        if (c.address) {
+            a.ui_ipaddr = addr("10.3.0.2");
+            a.ui_ipaddr_set = 1;
+            a.ui_netmask = addr("255.255.255.0");
+            a.ui_netmask_set = 1;
+            std::strcpy(a.ac_dns, "1.0.0.1,1.1.1.1");
+            a.ui_dns_set = 1;
+        }
+        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u) << c.label;
+        EXPECT_TRUE(kestub::cm_calls().empty()) << c.label;
+        EXPECT_EQ(uci_get("network.pon_1.proto"), c.proto) << c.label;
+        EXPECT_EQ(uci_get("network.pon_1.conn_type"), c.conn_type) << c.label;
+        EXPECT_EQ(uci_get("network.pon_1.device"), "pon.300") << c.label;
+        EXPECT_EQ(uci_get("network.@device[-1].egress_qos_mapping").substr(28), c.mapping)
+            << c.label;
+        EXPECT_EQ(uci_get("network.pon_1.ipaddr"), c.address ? "10.3.0.2" : "") << c.label;
+        EXPECT_EQ(uci_get("network.pon_1.dns"), c.address ? "1.0.0.1 1.1.1.1" : "") << c.label;
+        expect_status(c.service != 0 ? 1 : 0, c.label);
+    }
+}
+
+TEST_F(VoipWan, GetReturnsTheValuesInUseAndTheConfiguredDns)
+{
+    // The reads match only with the name, and with all ones (448) or the
+    // 30 field bits (449) as masks.
+    kestub::cm_set_key(kConn, {{4, 3}, {92, 64}, {2668, 8}});
+    kestub::cm_set_key(kState, {{4, 1}, {8, 64}, {555, 4}});
+    st_wan_conn c = stored_conn(3, "ip host");
+    c.uc_addr_mode = KE_WAN_ADDR_DHCP;
+    std::snprintf(c.ac_dns, sizeof c.ac_dns, "4.4.4.4");
+    c.ac_dns[255] = 'z';  // all 256 bytes are copied
+    c.ui_mask1 = c.ui_mask2 = 0xFFFFFFFF;
+    st_wan_conn_state s = stored_state(3, "ip host");
+    std::memcpy(s.ac_dns2, "1111111111111111", 16);  // no terminator: malformed
+    const uint8_t state_mask[4] = {0xFF, 0xFF, 0xFF, 0x3F};
+    std::memcpy(s.auc_mask, state_mask, 4);
+    preload(entry(3, KE_WAN_SERVICE_VOICE, "ip host"));
+    preload(c);
+    preload(s);
+
+    st_voip_wan_attr a = attr_for(0);
+    a.us_ip_options = 0x10;
+    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0u);
+    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Get}));
+    EXPECT_EQ(kestub::cm_calls()[3].table, kState);
+    EXPECT_EQ(kestub::cm_calls()[3].size, 559u);
+    EXPECT_EQ(a.us_ip_options, 0x11);
+    EXPECT_EQ(a.ui_ipaddr, addr("10.9.8.7"));
+    EXPECT_EQ(a.ui_netmask, addr("255.255.0.0"));
+    EXPECT_EQ(a.ui_gateway, addr("10.9.0.1"));
+    EXPECT_EQ(a.ui_dns1, addr("1.1.1.1"));
+    EXPECT_EQ(a.ui_dns2, 0xFFFFFFFFu);
+    EXPECT_EQ(std::memcmp(a.ac_dns, c.ac_dns, 256), 0);
+    EXPECT_EQ(std::memcmp(a.auc_mac, c.auc_mac, 6), 0);
+    EXPECT_EQ(a.us_service, 0);
+}
+
+TEST_F(VoipWan, GetFailuresLeaveTheCallersRecord)
+{
+    struct {
+        const char *label;
+        uint16_t service;
+        void (*arrange)();
+        uint32_t ret;
+    } cases[] = {
+        {"no memory", 0, [] { kestub::os_fail_malloc(1); }, 0x7000001b},
+        {"list read fails", 0, [] { kestub::cm_fail(kList, 5); }, 1},
+        {"connection read fails", 0, [] { kestub::cm_fail(kConn, 5, 2); }, 1},
+        {"state read fails", 0, [] { kestub::cm_fail(kState, 5); }, 1},
+        {"no connection of the service", 1, [] {}, 0x70000000},
+    };
+    for (const auto &c : cases) {
+        restart();
+        kestub::log_set(true);
+        preload_voice();
+        c.arrange();
+        st_voip_wan_attr a;
+        std::memset(&a, 0x5A, sizeof a);
+        a.us_service = c.service;
+        st_voip_wan_attr before = a;
+        uint32_t ret = 0;
+        std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_get(&a); });
+        EXPECT_EQ(ret, c.ret) << c.label;
+        EXPECT_EQ(out, "") << c.label;
+        EXPECT_EQ(bytes_of(a), bytes_of(before)) << c.label;
+    }
+    // An empty table is no connection, without an allocation.
+    restart();
+    st_voip_wan_attr a = attr_for(0);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0x70000000u);
+    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_get(nullptr), 0x70000000u);
+}
+
+TEST_F(VoipWan, SetFailuresAreTracedUnderTheirSteps)
+{
+    struct {
+        const char *label;
+        void (*arrange)();
+        const char *step;
+    } cases[] = {
+        {"list read", [] { kestub::cm_fail(kList, 0x31); }, "ke_omci_tapi_voip_get_wan"},
+        {"connection read", [] { kestub::cm_fail(kConn, 0x31, 1); }, "ke_omci_tapi_voip_get_wan"},
+        {"connection write", [] { kestub::cm_fail(kConn, 0x31, 2); }, "ke_omci_tapi_voip_set_wan"},
+    };
+    std::vector<std::string> lines;
+    for (bool gate : {true, false}) {
+        for (const auto &c : cases) {
+            clear_status();
+            kestub::log_set(gate);
+            preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
+            c.arrange();
+            st_voip_wan_attr a = attr_for(1);
+            a.ui_gateway = addr("10.0.0.9");
+            a.ui_gateway_set = 1;
+            uint32_t ret = 0;
+            std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_set(&a); });
+            EXPECT_EQ(ret, 1u) << c.label;
+            expect_status(0, c.label);
+            if (!gate) {
+                EXPECT_EQ(out, "") << c.label;
+                continue;
+            }
+            std::string head = std::string("[") + c.step + "(";
+            ASSERT_EQ(out.rfind(head, 0), 0u) << out;
+            int line = std::atoi(out.c_str() + head.size());
+            EXPECT_EQ(out, head + std::to_string(line) + ")][INFO]:i_ret =0x31\n") << c.label;
+            lines.push_back(out);
+        }
+    }
+    // Each failure site has its own line.
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_NE(lines[0], lines[1]);
+}
+
+TEST_F(VoipWan, CopyFailuresArePrintedUnderTheReportingName)
+{
+    // A name that fills the list entry's 64 bytes does not fit the record.
+    st_wan_conn_list_entry e = entry(1, KE_WAN_SERVICE_VOICE, "");
+    std::memset(e.ac_name, 'n', sizeof e.ac_name);
+    preload(e);
+    preload(stored_conn(1, "voice"));
+    st_voip_wan_attr a = attr_for(0);
+    a.ui_gateway = addr("10.0.0.9");
+    a.ui_gateway_set = 1;
+    uint32_t ret = 1;
+    std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_set(&a); });
+    EXPECT_EQ(ret, 0u);
+    EXPECT_TRUE(ketest::is_copy_line(out, "ke_omci_tapi_voip_get_wan", "strcpy_s", 406)) << out;
+
+    // A stored name without terminator does not fit the state record.
+    restart();
+    st_wan_conn c = stored_conn(1, "");
+    std::memset(c.ac_name, 'n', sizeof c.ac_name);
+    preload(entry(1, KE_WAN_SERVICE_VOICE, "voice"));
+    preload(c);
+    preload(stored_state(1, ""));
+    st_voip_wan_attr g = attr_for(0);
+    out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_get(&g); });
+    EXPECT_EQ(ret, 0u);
+    EXPECT_TRUE(ketest::is_copy_line(out, "ke_omci_tapi_voip_wan_get", "strcpy_s", 406)) << out;
+    EXPECT_EQ(g.ui_ipaddr, addr("10.9.8.7"));
+}
+
+TEST_F(VoipWan, DeleteRemovesTheConnectionAsRead)
+{
+    st_wan_conn stored = preload_voice();
+    EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
+    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Del}));
+    const auto &del = kestub::cm_calls()[3];
+    EXPECT_EQ(del.table, kConn);
+    EXPECT_EQ(del.size, 2680u);
+    EXPECT_EQ(del.record, bytes_of(stored));
+    EXPECT_TRUE(kestub::cm_entries(kConn).empty());
+    EXPECT_EQ(kestub::os_malloc_calls(), 1u);
+}
+
+TEST_F(VoipWan, DeleteFailures)
+{
+    struct {
+        const char *label;
+        uint32_t service;
+        void (*arrange)();
+        uint32_t ret;
+        bool traced;
+    } cases[] = {
+        {"no memory", 1, [] { kestub::os_fail_malloc(1); }, 0x7000001b, false},
+        {"list read fails", 1, [] { kestub::cm_fail(kList, 0x44); }, 0, true},
+        {"connection read fails", 1, [] { kestub::cm_fail(kConn, 0x44, 2); }, 1, false},
+        {"delete fails", 1, [] { kestub::cm_fail(kConn, 0x44, 3); }, 1, false},
+        {"no connection of the service", 0, [] {}, 0, false},
+    };
+    for (const auto &c : cases) {
+        restart();
+        kestub::log_set(true);
+        preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
+        c.arrange();
+        uint32_t ret = 0;
+        std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_del(c.service); });
+        EXPECT_EQ(ret, c.ret) << c.label;
+        if (!c.traced) {
+            EXPECT_EQ(out, "") << c.label;
+            continue;
+        }
+        std::string func;
+        int line = 0;
+        EXPECT_TRUE(ketest::parse_info_line(out, &func, &line, 0x44)) << out;
+        EXPECT_EQ(func, "ke_omci_tapi_voip_wan_del");
+    }
+    restart();
+    EXPECT_EQ(ke_omci_tapi_voip_wan_del(1), 0u);  // empty table
+    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
+}
+
+TEST_F(VoipWan, Tr069StatusFollowsSetAndDelete)
+{
+    if (ke_omci_tapi_tr069_status_get == nullptr)
+        GTEST_SKIP() << "the TR-069 status read is not in this build";
+    clear_status();
+    use_slots(2);
+    preload(entry(1, KE_WAN_SERVICE_TR069, "tr069"));
+    preload(entry(2, KE_WAN_SERVICE_VOICE, "voice"));
+    preload(stored_conn(1, "tr069"));
+    preload(stored_conn(2, "voice"));
+    st_voip_wan_attr voice = attr_for(0);
+    st_voip_wan_attr tr069 = attr_for(1);
+    EXPECT_EQ(status_byte(), 0u);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&voice), 0u);
+    EXPECT_EQ(status_byte(), 0u);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&tr069), 0u);  // nothing changes, still a success
+    EXPECT_EQ(status_byte(), 1u);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
+    EXPECT_EQ(status_byte(), 1u);
+    kestub::os_fail_malloc(1);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_del(3), 0x7000001bu);  // cleared whatever the outcome
+    EXPECT_EQ(status_byte(), 0u);
+}
+
+}  // namespace

@@ -1,0 +1,507 @@
+// Creation of a WAN interface: every uci command in order, the files it
+// leaves behind, slot and MAC choice, the refusals, and DNS text that
+// must never reach the shell.
+#include <arpa/inet.h>
+
+#include <cstring>
+#include <regex>
+
+#include "ke_omci_tapi/voip_wan.h"
+#include "uci_sandbox.h"
+
+namespace {
+
+using Commands = std::vector<std::string>;
+
+const char kNetwork[] = "config interface 'loopback'\n"
+                        "\toption proto 'static'\n"
+                        "\n"
+                        "config interface 'wan'\n"
+                        "\toption proto 'dhcp'\n"
+                        "\n"
+                        "config interface 'wan6'\n"
+                        "\toption proto 'dhcpv6'\n";
+const char kFirewall[] = "config zone\n"
+                         "\toption name 'lan'\n"
+                         "\n"
+                         "config zone\n"
+                         "\toption name 'wan'\n"
+                         "\tlist network 'wan'\n";
+const char kIgmpproxy[] = "config igmpproxy\n"
+                          "\toption quickleave '1'\n";
+
+const char kReload[] = "( sleep 5; /etc/init.d/network reload >/dev/null 2>&1; "
+                       "/etc/init.d/firewall reload >/dev/null 2>&1; "
+                       "/etc/init.d/igmpproxy reload >/dev/null 2>&1 ) &";
+
+struct Conn {
+    uint32_t service = KE_WAN_SERVICE_VOICE;
+    uint8_t addr_mode = KE_WAN_ADDR_STATIC;
+    uint32_t vlan = 100;
+    uint8_t priority = 5;
+    const char *ipaddr = "192.168.10.2";
+    const char *netmask = "255.255.255.0";
+    const char *gateway = "192.168.10.1";
+    const char *dns = "8.8.8.8,8.8.4.4";
+
+    st_wan_conn record() const
+    {
+        st_wan_conn rec;
+        std::memset(&rec, 0, sizeof rec);
+        rec.ui_service = service;
+        rec.uc_addr_mode = addr_mode;
+        rec.ui_vlan_id = vlan;
+        rec.uc_priority = priority;
+        put_address(rec.auc_ipaddr, ipaddr);
+        put_address(rec.auc_netmask, netmask);
+        put_address(rec.auc_gateway, gateway);
+        std::snprintf(rec.ac_dns, sizeof rec.ac_dns, "%s", dns);
+        return rec;
+    }
+
+    static void put_address(uint8_t *dst, const char *text)
+    {
+        if (text != nullptr)
+            inet_pton(AF_INET, text, dst);
+    }
+};
+
+// The text after the prefix of one trace line of the creation, or "" when
+// the line does not carry the creation's name and one line number twice.
+std::vector<std::string> trace_texts(const std::string &out)
+{
+    static const std::regex line(
+        R"(\[igdCmConfAddByUci\((\d+)\)\]\[igdCmConfAddByUci\]\[(\d+)\]: (.*))");
+    std::vector<std::string> texts;
+    std::istringstream in(out);
+    std::string l;
+    while (std::getline(in, l)) {
+        std::smatch m;
+        bool ok = std::regex_match(l, m, line) && m[1] == m[2];
+        texts.push_back(ok ? m[3].str() : "unexpected: " + l);
+    }
+    return texts;
+}
+
+class WanCreate : public ketest::UciSandbox {
+protected:
+    void SetUp() override
+    {
+        UciSandbox::SetUp();
+        write_config("network", kNetwork);
+        write_config("firewall", kFirewall);
+        write_config("igmpproxy", kIgmpproxy);
+    }
+
+    // Creates conn and returns the commands it ran.
+    Commands create(const Conn &conn)
+    {
+        st_wan_conn rec = conn.record();
+        EXPECT_EQ(igdCmConfAddByUci(&rec), 0u);
+        return kestub::shell_commands();
+    }
+
+    // The section name used by the command at index i (after "network."
+    // or "igmpproxy." up to the next dot).
+    static std::string section_in(const Commands &cmds, size_t i)
+    {
+        if (i >= cmds.size())
+            return "";
+        const std::string &c = cmds[i];
+        size_t start = c.find('.') + 1;
+        return c.substr(start, c.find('.', start) - start);
+    }
+
+    // The commands between the first one starting with `from` and the first
+    // one after it starting with `to`, both excluded.
+    static Commands between(const Commands &cmds, const std::string &from, const std::string &to)
+    {
+        Commands out;
+        bool in = false;
+        for (const std::string &c : cmds) {
+            if (!in) {
+                in = c.rfind(from, 0) == 0;
+                continue;
+            }
+            if (c.rfind(to, 0) == 0)
+                return out;
+            out.push_back(c);
+        }
+        return {"<" + to + " not found>"};
+    }
+
+    void expect_unchanged_configuration()
+    {
+        EXPECT_EQ(config("network"), kNetwork);
+        EXPECT_EQ(config("firewall"), kFirewall);
+        EXPECT_EQ(config("igmpproxy"), kIgmpproxy);
+        EXPECT_TRUE(std::filesystem::is_empty(save_dir_));
+    }
+};
+
+TEST_F(WanCreate, StaticVoiceWithTwoDnsServersRunsEveryCommandInOrder)
+{
+    kestub::log_set(true);
+    Commands cmds;
+    std::string out = ketest::printed([&] { cmds = create(Conn{}); });
+    EXPECT_EQ(trace_texts(out), (std::vector<std::string>{
+                                    "bdmac[021018000001]",
+                                    "found an available pon wan interface, create it",
+                                    "pon_1 PonWanMac[02:10:18:00:00:02]",
+                                }));
+    std::string dev = section_in(cmds, 3);
+    std::string proxy = section_in(cmds, 30);
+    ASSERT_TRUE(std::regex_match(dev, std::regex("[A-Za-z0-9_]+"))) << dev;
+    ASSERT_TRUE(std::regex_match(proxy, std::regex("[A-Za-z0-9_]+"))) << proxy;
+    Commands want = {
+        "uci -q get network.pon_1 > /tmp/tmp_uci_value",
+        "uci -q get network.@device[0].name > /tmp/tmp_uci_value",
+        "uci -q add network device > /tmp/tmp_uci_value",
+        "uci set network." + dev + ".name=pon.100",
+        "uci set network." + dev + ".macaddr=02:10:18:00:00:02",
+        "uci set network." + dev + ".type=8021q",
+        "uci set network." + dev + ".ifname=pon",
+        "uci set network." + dev + ".vid=100",
+    };
+    for (int p = 0; p < 8; ++p)
+        want.push_back("uci add_list network." + dev + ".egress_qos_mapping=" + std::to_string(p) +
+                       ":5");
+    Commands rest = {
+        "uci set network.pon_1=interface",
+        "uci set network.pon_1.proto=static",
+        "uci set network.pon_1.device=pon.100",
+        "uci set network.pon_1.conn_type=VOICE",
+        "uci set network.pon_1.nat=1",
+        "uci set network.pon_1.igmp_proxy=1",
+        "uci set network.pon_1.metric=0",
+        "uci set network.pon_1.ipaddr=192.168.10.2",
+        "uci set network.pon_1.netmask=255.255.255.0",
+        "uci set network.pon_1.gateway=192.168.10.1",
+        "uci add_list network.pon_1.dns=8.8.8.8",
+        "uci add_list network.pon_1.dns=8.8.4.4",
+        "uci add_list firewall.@zone[1].network=pon_1",
+        "uci -q add igmpproxy phyint > /tmp/tmp_uci_value",
+        "uci set igmpproxy." + proxy + ".zone=wan",
+        "uci set igmpproxy." + proxy + ".network=pon_1",
+        "uci set igmpproxy." + proxy + ".direction=upstream",
+        "uci commit network",
+        "uci commit firewall",
+        "uci commit igmpproxy",
+        kReload,
+    };
+    want.insert(want.end(), rest.begin(), rest.end());
+    EXPECT_EQ(cmds, want);
+
+    EXPECT_EQ(config("network"), std::string(kNetwork) +
+                                     "\n"
+                                     "config device\n"
+                                     "\toption name 'pon.100'\n"
+                                     "\toption macaddr '02:10:18:00:00:02'\n"
+                                     "\toption type '8021q'\n"
+                                     "\toption ifname 'pon'\n"
+                                     "\toption vid '100'\n"
+                                     "\tlist egress_qos_mapping '0:5'\n"
+                                     "\tlist egress_qos_mapping '1:5'\n"
+                                     "\tlist egress_qos_mapping '2:5'\n"
+                                     "\tlist egress_qos_mapping '3:5'\n"
+                                     "\tlist egress_qos_mapping '4:5'\n"
+                                     "\tlist egress_qos_mapping '5:5'\n"
+                                     "\tlist egress_qos_mapping '6:5'\n"
+                                     "\tlist egress_qos_mapping '7:5'\n"
+                                     "\n"
+                                     "config interface 'pon_1'\n"
+                                     "\toption proto 'static'\n"
+                                     "\toption device 'pon.100'\n"
+                                     "\toption conn_type 'VOICE'\n"
+                                     "\toption nat '1'\n"
+                                     "\toption igmp_proxy '1'\n"
+                                     "\toption metric '0'\n"
+                                     "\toption ipaddr '192.168.10.2'\n"
+                                     "\toption netmask '255.255.255.0'\n"
+                                     "\toption gateway '192.168.10.1'\n"
+                                     "\tlist dns '8.8.8.8'\n"
+                                     "\tlist dns '8.8.4.4'\n");
+    EXPECT_EQ(config("firewall"), std::string(kFirewall) + "\tlist network 'pon_1'\n");
+    EXPECT_EQ(config("igmpproxy"), std::string(kIgmpproxy) +
+                                       "\n"
+                                       "config phyint\n"
+                                       "\toption zone 'wan'\n"
+                                       "\toption network 'pon_1'\n"
+                                       "\toption direction 'upstream'\n");
+    EXPECT_TRUE(std::filesystem::is_empty(save_dir_));
+    EXPECT_FALSE(ketest::file_exists(ketest::kScratchFile));
+}
+
+TEST_F(WanCreate, InterfaceCommandsFollowServiceAndAddressMode)
+{
+    struct {
+        const char *label;
+        Conn conn;
+        Commands body;  // between metric=0 and the firewall zone
+        Commands before_metric;
+    } cases[] = {
+        {"dhcp voice", Conn{.addr_mode = KE_WAN_ADDR_DHCP}, {},
+         {"uci set network.pon_1.proto=dhcp", "uci set network.pon_1.device=pon.100",
+          "uci set network.pon_1.conn_type=VOICE"}},
+        {"static tr069 without gateway or dns",
+         Conn{.service = KE_WAN_SERVICE_TR069, .gateway = nullptr, .dns = ""},
+         {"uci set network.pon_1.ipaddr=192.168.10.2",
+          "uci set network.pon_1.netmask=255.255.255.0"},
+         {"uci set network.pon_1.proto=static", "uci set network.pon_1.device=pon.100",
+          "uci set network.pon_1.conn_type=TR069"}},
+        {"static internet",
+         Conn{.service = KE_WAN_SERVICE_INTERNET, .dns = "1.1.1.1"},
+         {"uci set network.pon_1.ipaddr=192.168.10.2",
+          "uci set network.pon_1.netmask=255.255.255.0",
+          "uci set network.pon_1.gateway=192.168.10.1", "uci add_list network.pon_1.dns=1.1.1.1",
+          "uci set network.wan.ifname=pon.100", "uci set network.wan6.ifname=pon.100",
+          "uci set network.pon_1.disabled=1", "uci set network.wan.disabled=0",
+          "uci set network.wan.proto=static", "uci set network.wan.ipaddr=192.168.10.2",
+          "uci set network.wan.netmask=255.255.255.0", "uci set network.wan.gateway=192.168.10.1",
+          "uci add_list network.wan.dns=1.1.1.1",
+          "uci set network.wan.ori_macaddr=02:10:18:00:00:02"},
+         {"uci set network.pon_1.proto=static", "uci set network.pon_1.device=pon.100",
+          "uci set network.pon_1.conn_type=INTERNET"}},
+        {"dhcp internet, any other service value",
+         Conn{.service = 0, .addr_mode = KE_WAN_ADDR_DHCP},
+         {"uci set network.wan.ifname=pon.100", "uci set network.wan6.ifname=pon.100",
+          "uci set network.pon_1.disabled=1", "uci set network.wan.disabled=0",
+          "uci set network.wan.proto=dhcp", "uci set network.wan.ori_macaddr=02:10:18:00:00:02"},
+         {"uci set network.pon_1.proto=dhcp", "uci set network.pon_1.device=pon.100",
+          "uci set network.pon_1.conn_type=INTERNET"}},
+    };
+    for (const auto &c : cases) {
+        restart();
+        write_config("network", kNetwork);
+        Commands cmds = create(c.conn);
+        EXPECT_EQ(between(cmds, "uci set network.pon_1.metric=0", "uci add_list firewall"), c.body)
+            << c.label;
+        EXPECT_EQ(between(cmds, "uci set network.pon_1=interface", "uci set network.pon_1.nat=1"),
+                  c.before_metric)
+            << c.label;
+        EXPECT_EQ(cmds.back(), kReload) << c.label;
+    }
+    // The internet connection left "wan" on the new device, its slot off.
+    EXPECT_EQ(uci_get("network.wan.ifname"), "pon.100");
+    EXPECT_EQ(uci_get("network.wan.proto"), "dhcp");
+    EXPECT_EQ(uci_get("network.wan.ori_macaddr"), "02:10:18:00:00:02");
+    EXPECT_EQ(uci_get("network.pon_1.disabled"), "1");
+}
+
+TEST_F(WanCreate, TakesTheFirstFreeSlotWithItsMacOffset)
+{
+    struct {
+        const char *taken;
+        int slot;
+        const char *mac;
+    } cases[] = {
+        {"", 1, "02:10:18:00:00:02"},
+        {"pon_1", 2, "02:10:18:00:00:07"},
+        {"pon_1 pon_2", 3, "02:10:18:00:00:08"},
+        {"pon_2 pon_1 pon_3", 4, "02:10:18:00:00:09"},
+        {"pon_2 pon_3", 1, "02:10:18:00:00:02"},
+        {"pon_1 pon_3 pon_4", 2, "02:10:18:00:00:07"},
+    };
+    for (const auto &c : cases) {
+        restart();
+        std::string network;
+        std::istringstream taken(c.taken);
+        for (std::string s; taken >> s;)
+            network += "config interface '" + s + "'\n";
+        write_config("network", network);
+        Commands cmds;
+        EXPECT_EQ(ketest::printed([&] { cmds = create(Conn{}); }), "");  // gate closed
+        std::string slot = "pon_" + std::to_string(c.slot);
+        for (int n = 1; n <= c.slot; ++n)
+            EXPECT_EQ(cmds[static_cast<size_t>(n - 1)],
+                      "uci -q get network.pon_" + std::to_string(n) + " > /tmp/tmp_uci_value")
+                << c.taken;
+        EXPECT_EQ(uci_get("network.@device[0].macaddr"), c.mac) << c.taken;
+        EXPECT_EQ(uci_get("network." + slot + ".device"), "pon.100") << c.taken;
+        EXPECT_EQ(uci_get("firewall.@zone[1].network"), "wan " + slot) << c.taken;
+        EXPECT_EQ(uci_get("igmpproxy.@phyint[0].network"), slot) << c.taken;
+        write_config("firewall", kFirewall);
+        write_config("igmpproxy", kIgmpproxy);
+    }
+}
+
+TEST_F(WanCreate, DerivedMacCarriesAndToleratesABadBoardMac)
+{
+    struct {
+        const char *board;
+        const char *mac;
+    } cases[] = {
+        {"0011223344FF", "00:11:22:33:45:00"},
+        {"00112233ffff", "00:11:22:34:00:00"},
+        {"FFFFFFFFFFFF", "00:00:00:00:00:00"},
+        {"", "00:00:00:00:00:01"},
+        {"zz", "00:00:00:00:00:01"},
+        {"0011zz", "00:11:00:00:00:01"},
+    };
+    for (const auto &c : cases) {
+        restart();
+        kestub::bdinfo_set("mac", c.board);
+        write_config("network", kNetwork);
+        Commands cmds = create(Conn{});
+        ASSERT_GT(cmds.size(), 4u);
+        EXPECT_EQ(cmds[4], "uci set network." + section_in(cmds, 3) + ".macaddr=" + c.mac)
+            << c.board;
+        EXPECT_EQ(uci_get("network.@device[0].macaddr"), c.mac) << c.board;
+    }
+}
+
+TEST_F(WanCreate, RefusalsCreateNothing)
+{
+    const std::string device100 = "config device\n\toption name 'pon.100'\n";
+    const std::string device7 = "config device\n\toption name 'pon.7'\n";
+    const std::string all_slots = "config interface 'pon_1'\nconfig interface 'pon_2'\n"
+                                  "config interface 'pon_3'\nconfig interface 'pon_4'\n";
+    struct {
+        const char *label;
+        std::string network;
+        Conn conn;
+        Commands reads;
+        const char *trace;  // after the board MAC line; nullptr: none
+    } cases[] = {
+        {"all four slots taken", all_slots, Conn{},
+         {"uci -q get network.pon_1 > /tmp/tmp_uci_value",
+          "uci -q get network.pon_2 > /tmp/tmp_uci_value",
+          "uci -q get network.pon_3 > /tmp/tmp_uci_value",
+          "uci -q get network.pon_4 > /tmp/tmp_uci_value"},
+         nullptr},
+        {"vlan device left from an earlier creation", device100, Conn{},
+         {"uci -q get network.pon_1 > /tmp/tmp_uci_value",
+          "uci -q get network.@device[0].name > /tmp/tmp_uci_value"},
+         "VLAN ID 100 is conflicted!"},
+        {"vlan device second in the list", device7 + device100, Conn{},
+         {"uci -q get network.pon_1 > /tmp/tmp_uci_value",
+          "uci -q get network.@device[0].name > /tmp/tmp_uci_value",
+          "uci -q get network.@device[1].name > /tmp/tmp_uci_value"},
+         "VLAN ID 100 is conflicted!"},
+        {"static without address", "", Conn{.ipaddr = nullptr},
+         {"uci -q get network.pon_1 > /tmp/tmp_uci_value",
+          "uci -q get network.@device[0].name > /tmp/tmp_uci_value"},
+         "Missing IP address or Mask configuration for static!"},
+        {"static without mask", device7, Conn{.netmask = "0.0.0.0"},
+         {"uci -q get network.pon_1 > /tmp/tmp_uci_value",
+          "uci -q get network.@device[0].name > /tmp/tmp_uci_value",
+          "uci -q get network.@device[1].name > /tmp/tmp_uci_value"},
+         "Missing IP address or Mask configuration for static!"},
+    };
+    for (const auto &c : cases) {
+        restart();
+        kestub::log_set(true);
+        write_config("network", c.network);
+        Commands cmds;
+        std::string out = ketest::printed([&] { cmds = create(c.conn); });
+        EXPECT_EQ(cmds, c.reads) << c.label;
+        std::vector<std::string> want = {"bdmac[021018000001]"};
+        if (c.trace != nullptr) {
+            want.push_back("found an available pon wan interface, create it");
+            want.push_back(c.trace);
+        }
+        EXPECT_EQ(trace_texts(out), want) << c.label;
+        EXPECT_EQ(config("network"), c.network) << c.label;
+        EXPECT_TRUE(std::filesystem::is_empty(save_dir_)) << c.label;
+    }
+    // A DHCP connection needs no address.
+    restart();
+    write_config("network", "");
+    Commands cmds = create(Conn{.addr_mode = KE_WAN_ADDR_DHCP, .ipaddr = nullptr, .netmask = nullptr});
+    EXPECT_EQ(cmds.back(), kReload);
+
+    restart();
+    EXPECT_EQ(igdCmConfAddByUci(nullptr), 0u);
+    EXPECT_TRUE(kestub::shell_commands().empty());
+}
+
+TEST_F(WanCreate, DnsTextGivesOneEntryPerWellFormedAddress)
+{
+    struct {
+        const char *dns;
+        Commands entries;
+        std::vector<std::string> skipped;  // traced
+        int copy_lines = 0;                // failed strcpy_s: too long for its buffer
+    } cases[] = {
+        {"8.8.8.8,,8.8.4.4", {"8.8.8.8", "8.8.4.4"}, {}},
+        {",1.1.1.1,", {"1.1.1.1"}, {}},
+        {"$(reboot),9.9.9.9", {"9.9.9.9"}, {"$(reboot)"}},
+        {"`id`,1.1.1.1;true", {}, {"`id`", "1.1.1.1;true"}},
+        {"1.1.1.1 -q,1.1.1.1|cat", {}, {"1.1.1.1 -q", "1.1.1.1|cat"}},
+        {"1.2.3,256.1.1.1,1.2.3.4.5,a.b.c.d", {}, {"1.2.3", "256.1.1.1", "1.2.3.4.5", "a.b.c.d"}},
+        {"1.1.1.1>x,1.1.1.10", {"1.1.1.10"}, {"1.1.1.1>x"}},
+        {"1.1.1.1;touch /tmp/pwned", {}, {"1.1.1.1;touch /tmp/pwned"}, 1},
+        {"1.1.1.1,2.2.2.2,3.3.3.3,4.4.4.4,5.5.5.5,6.6.6.6,7.7.7.7,8.8.8.8,9", {}, {}, 1},
+    };
+    for (const auto &c : cases) {
+        restart();
+        kestub::log_set(true);
+        write_config("network", kNetwork);
+        Commands cmds;
+        std::string out = ketest::printed([&] { cmds = create(Conn{.dns = c.dns}); });
+        Commands want;
+        for (const std::string &e : c.entries)
+            want.push_back("uci add_list network.pon_1.dns=" + e);
+        EXPECT_EQ(between(cmds, "uci set network.pon_1.gateway", "uci add_list firewall"), want)
+            << c.dns;
+        // Copy lines end in "\r\n"; the rest are the creation's trace lines.
+        std::string traced;
+        int copy_lines = 0;
+        std::istringstream lines(out);
+        for (std::string l; std::getline(lines, l);) {
+            if (l.empty() || l.back() != '\r') {
+                traced += l + "\n";
+                continue;
+            }
+            ++copy_lines;
+            EXPECT_TRUE(ketest::is_copy_line(l + "\n", "igdCmConfAddByUci", "strcpy_s", 406)) << l;
+        }
+        EXPECT_EQ(copy_lines, c.copy_lines) << c.dns;
+        std::vector<std::string> traces = trace_texts(traced);
+        ASSERT_GE(traces.size(), 3u) << c.dns;
+        std::vector<std::string> skipped(traces.begin() + 3, traces.end());
+        std::vector<std::string> want_skipped;
+        for (const std::string &s : c.skipped)
+            want_skipped.push_back("DNS server [" + s + "] is not an IPv4 address, skipped");
+        EXPECT_EQ(skipped, want_skipped) << c.dns;
+        for (const std::string &cmd : cmds)
+            EXPECT_TRUE(cmd == kReload || ketest::is_plain_uci_command(cmd)) << cmd;
+    }
+    EXPECT_FALSE(ketest::file_exists("/tmp/pwned"));
+}
+
+// Stands in for a uci whose add of the given configuration prints nothing.
+const char *g_failing_add;
+int fail_one_add(const char *command)
+{
+    if (std::strstr(command, g_failing_add) != nullptr)
+        return 256;
+    return ketest::run_uci_commands_only(command);
+}
+
+TEST_F(WanCreate, AFailedSectionAddSkipsOnlyThatSectionsSettings)
+{
+    struct {
+        const char *add;
+        const char *absent;  // in no command: one of the skipped settings
+        size_t count;        // commands run
+    } cases[] = {
+        {"uci -q add network device", ".type=8021q", 37 - 13},
+        {"uci -q add igmpproxy phyint", "uci set igmpproxy.", 37 - 3},
+    };
+    for (const auto &c : cases) {
+        kestub::reset();
+        g_failing_add = c.add;
+        kestub::shell_serve(fail_one_add);
+        write_config("network", kNetwork);
+        write_config("igmpproxy", kIgmpproxy);
+        Commands cmds = create(Conn{});
+        EXPECT_EQ(cmds.size(), c.count) << c.add;
+        for (const std::string &cmd : cmds)
+            EXPECT_EQ(cmd.find(c.absent), std::string::npos) << cmd;
+        EXPECT_EQ(cmds.back(), kReload);
+        EXPECT_EQ(uci_get("network.pon_1.conn_type"), "VOICE") << c.add;
+    }
+}
+
+}  // namespace
