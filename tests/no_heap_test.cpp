@@ -28,6 +28,7 @@
 #include "ke_omci_tapi/bridge_qos.h"
 #include "ke_omci_tapi/device.h"
 #include "ke_omci_tapi/lifecycle.h"
+#include "ke_omci_tapi/mc.h"
 #include "ke_omci_tapi/pon.h"
 #include "ke_omci_tapi/stat.h"
 #include "ke_omci_tapi/vlan.h"
@@ -267,6 +268,14 @@ st_voip_sip_agent_pm g_sip_agent_pm = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}
 st_voip_sip_callinit_pm g_sip_callinit_pm = {1, 0, 0, 0, 0, 0};
 st_tr069_server g_tr069 = {{'h'}, {'u'}, {'p'}};
 uint8_t g_byte;
+
+st_gem_map_param g_map = {1, 100, 5, 1, 0x400, 3};
+st_mc_attr g_mc_attr = {3, 1, 1};
+st_mc_igmp_attr g_igmp = {2, 100, 5, 0x400};
+st_mc_vlan g_mc_vlan = {1, 100};
+st_mc_table g_mc_row = {0, 0, 100, 0, {0xE0}, {0xE0, 1}, 1};
+uint32_t g_vlans[MC_VLAN_MAX] = {100, 200, MC_VLAN_NONE, MC_VLAN_NONE,
+                                 MC_VLAN_NONE, MC_VLAN_NONE, MC_VLAN_NONE, MC_VLAN_NONE};
 
 constexpr Row kRows[] = {
     {"ke_omci_tapi_omcc_create", "", Heap::kNone, false, [] { ke_omci_tapi_omcc_create(); }},
@@ -536,6 +545,36 @@ constexpr Row kRows[] = {
     {"ke_omci_tapi_tr069_status_get", "", Heap::kNone, false, [] { ke_omci_tapi_tr069_status_get(&g_word); }},
     {"ke_omci_tapi_voip_cnfig_method_set", "", Heap::kNone, false, [] { ke_omci_tapi_voip_cnfig_method_set(1); }},
     {"ke_omci_tapi_voip_cnfig_method_get", "", Heap::kNone, false, [] { ke_omci_tapi_voip_cnfig_method_get(); }},
+
+    {"ke_omci_tapi_map_set", "", Heap::kNone, true, [] { ke_omci_tapi_map_set(&g_map); }},
+    {"ke_omci_tapi_map_get", "", Heap::kNone, true, [] { ke_omci_tapi_map_get(&g_map); }},
+    {"ke_omci_tapi_map_del", "", Heap::kNone, true, [] { ke_omci_tapi_map_del(&g_map); }},
+
+    // The board answers no user port here, so the multicast state is never
+    // initialised: the VLAN rows empty the slots first.
+    {"ke_omci_mc_data_init", "", Heap::kNone, true, [] { ke_omci_mc_data_init(); }},
+    {"ke_omci_tapi_mc_attr_set", "", Heap::kNone, true, [] { ke_omci_tapi_mc_attr_set(&g_mc_attr); }},
+    {"ke_omci_tapi_mc_attr_get", "", Heap::kNone, false, [] { ke_omci_tapi_mc_attr_get(&g_mc_attr); }},
+    {"ke_omci_tapi_mc_igmp_attr_set", "", Heap::kNone, true, [] { ke_omci_tapi_mc_igmp_attr_set(1, &g_igmp); }},
+    {"ke_omci_tapi_mc_igmp_attr_get", "", Heap::kNone, true, [] { ke_omci_tapi_mc_igmp_attr_get(1, &g_igmp); }},
+    {"ke_omci_tapi_mc_tagact_set", "", Heap::kNone, true, [] { ke_omci_tapi_mc_tagact_set(1, 3); }},
+    {"ke_omci_tapi_mc_usr_vlan_set", "", Heap::kNone, true, [] { ke_omci_tapi_mc_usr_vlan_set(1, 10); }},
+    {"ke_omci_tapi_mc_uprate_set", "", Heap::kNone, true, [] { ke_omci_tapi_mc_uprate_set(1, 64); }},
+    {"ke_omci_tapi_mc_group_num_set", "port beyond the count", Heap::kNone, false,
+     [] { ke_omci_tapi_mc_group_num_set(1, 16); }},
+    {"ke_omci_tapi_mc_group_num_set_proc", "", Heap::kNone, true, [] { ke_omci_tapi_mc_group_num_set_proc(1, 16); }},
+    {"ke_omci_mc_vlan_set_proc", "", Heap::kNone, true, [] { ke_omci_mc_vlan_set_proc(1, g_vlans, MC_VLAN_MAX); }},
+    {"ke_omci_tapi_mc_vlan_clr", "", Heap::kNone, true, [] { ke_omci_tapi_mc_vlan_clr(1); }},
+    {"ke_omci_tapi_mc_vlan_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_mc_vlan_clr(1); ke_omci_tapi_mc_vlan_set(&g_mc_vlan); }},
+    {"ke_omci_tapi_mc_vlan_del", "", Heap::kNone, true,
+     [] { ke_omci_tapi_mc_vlan_clr(1); ke_omci_tapi_mc_vlan_set(&g_mc_vlan); ke_omci_tapi_mc_vlan_del(&g_mc_vlan); }},
+    {"ke_omci_tapi_mc_table_set", "", Heap::kNone, true,
+     [] { ke_omci_tapi_mc_vlan_clr(1); ke_omci_tapi_mc_table_set(&g_mc_row); }},
+    {"ke_omci_tapi_mc_table_del", "", Heap::kNone, true, [] { ke_omci_tapi_mc_table_del(&g_mc_row); }},
+    {"ke_omci_tapi_mc_range_clr", "", Heap::kNone, true, [] { ke_omci_tapi_mc_range_clr(1); }},
+    {"ke_omci_tapi_mc_filter_set", "", Heap::kNone, false, [] { ke_omci_tapi_mc_filter_set(); }},
+    {"ke_omci_tapi_mc_filter_del", "", Heap::kNone, false, [] { ke_omci_tapi_mc_filter_del(); }},
 };
 
 uint32_t serve_success(void *, uint32_t) { return 0; }

@@ -7,6 +7,7 @@
 #include "pon.h"
 #include "bridge_qos.h"
 #include "stat.h"
+#include "mc.h"
 #include "vlan.h"
 #include "device.h"
 #include "voip_wan.h"

@@ -168,6 +168,56 @@ KE_API uint32_t ke_omci_tapi_optical_info_get(void *pv_info);
 KE_API uint32_t ke_omci_tapi_pmu_attr_set(void);
 KE_API uint32_t ke_omci_tapi_pmu_attr_get(void);
 
+/* GEM port mapping: which upstream traffic of a user port, selected by
+ * its key fields, goes into which GEM port and T-CONT.  The service holds
+ * the mappings. */
+typedef struct {
+    uint32_t ui_mask;    /* key mask, passed to the service unchanged */
+    uint32_t ui_vlan;    /* VLAN key */
+    uint32_t ui_pri;     /* priority key */
+    uint32_t em_port;    /* user port */
+    uint32_t ui_gemport; /* in for set and delete, out for get */
+    uint32_t ui_tcont;   /* in for set and delete, out for get */
+} st_gem_map_param;
+KE_ASSERT_SIZE(st_gem_map_param, 24);
+KE_ASSERT_OFFSET(st_gem_map_param, em_port, 12);
+KE_ASSERT_OFFSET(st_gem_map_param, ui_tcont, 20);
+
+#define KE_GEM_MAP_RSV 0xFFFFFFFFu /* ui_map_rsv of every mapping request */
+
+/* The mapping as the service exchanges it, for set, get and delete. */
+typedef struct {
+    uint32_t ui_mask;
+    uint32_t ui_vlan;
+    uint32_t ui_pri;
+    uint32_t em_port;
+    uint32_t ui_map_rsv; /* KE_GEM_MAP_RSV */
+    uint32_t ui_gemport;
+    uint32_t ui_tcont;
+} st_gem_map;
+KE_ASSERT_SIZE(st_gem_map, 28);
+KE_ASSERT_OFFSET(st_gem_map, em_port, 12);
+KE_ASSERT_OFFSET(st_gem_map, ui_map_rsv, 16);
+KE_ASSERT_OFFSET(st_gem_map, ui_gemport, 20);
+KE_ASSERT_OFFSET(st_gem_map, ui_tcont, 24);
+
+/* Sets a mapping.  On an SFU, when bit 0 of ui_mask is set and the
+ * mapping's VLAN and priority are those the port sends IGMP with, the
+ * port's upstream IGMP GEM port follows the new GEM port; that follow-up
+ * never changes the result.  0, or 1 traced when the service refused or
+ * the system information could not be read (the mapping then stays
+ * set).  A null record: 1, no call. */
+KE_API uint32_t ke_omci_tapi_map_set(const st_gem_map_param *pst_map);
+
+/* Reads ui_gemport and ui_tcont of the mapping keyed by words 0 to 3;
+ * they are written only on success.  The remote status unchanged; a null
+ * record: 1, no call. */
+KE_API uint32_t ke_omci_tapi_map_get(st_gem_map_param *pst_map);
+
+/* Deletes a mapping; IGMP settings are not touched.  The remote status
+ * unchanged; a null record: 1, no call. */
+KE_API uint32_t ke_omci_tapi_map_del(const st_gem_map_param *pst_map);
+
 KE_EXTERN_C_END
 
 #endif

@@ -1,0 +1,10 @@
+// Multicast group filters are not kept by this library: accepted, no action.
+#include "ke_omci_tapi/mc.h"
+
+extern "C" {
+
+uint32_t ke_omci_tapi_mc_filter_set(void) { return 0; }
+
+uint32_t ke_omci_tapi_mc_filter_del(void) { return 0; }
+
+}  // extern "C"

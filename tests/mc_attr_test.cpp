@@ -1,0 +1,83 @@
+// Global multicast attributes: the code mappings both ways, the four
+// records, and what a rejected version or a failed write leaves behind.
+#include "mc_fixture.h"
+
+namespace {
+
+using kestub::CmOp;
+using ketest::cm_sets;
+using ketest::info;
+using ketest::record;
+
+class McAttr : public ketest::McTest {};
+
+TEST_F(McAttr, EachVersionAndModeWritesItsFourRecordsAndReadsBack)
+{
+    struct {
+        st_mc_attr in;
+        uint32_t ctrl_type, ver, flags[4], quickleave_off;  // tables 819, 820, 826, 821
+        uint32_t ver_read, mode_read;
+    } cases[] = {
+        {{1, 0, 0}, 1, 1, {1, 1, 0, 0}, 1, 2, 0}, {{2, 1, 1}, 0, 1, {0, 0, 1, 1}, 0, 2, 1},
+        {{3, 5, 7}, 0, 2, {1, 1, 1, 1}, 0, 3, 0}, {{16, 2, 0}, 0, 1, {1, 1, 1, 1}, 1, 16, 0},
+        {{17, ~0u, 1}, 0, 1, {1, 1, 1, 1}, 0, 17, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.in.ui_igmp_ver);
+        kestub::reset();
+        ASSERT_EQ(ke_omci_tapi_mc_attr_set(&c.in), 0u);
+        EXPECT_EQ(ketest::cm_ops(), (ketest::Ops{{CmOp::Set, 819}, {CmOp::Set, 820},
+                                                 {CmOp::Set, 826}, {CmOp::Set, 821}}));
+        EXPECT_EQ(cm_sets(819)[0], record(16, {{8, c.ctrl_type}, {12, 4}}));
+        EXPECT_EQ(cm_sets(820)[0], record(16, {{8, c.ver}, {12, 4}}));
+        EXPECT_EQ(cm_sets(826)[0], record(36, {{8, c.flags[0]}, {12, c.flags[1]}, {16, c.flags[2]},
+                                               {20, c.flags[3]}, {32, 60}}));
+        EXPECT_EQ(cm_sets(821)[0], record(20, {{12, c.quickleave_off}, {16, 8}}));
+        st_mc_attr out = {0, 0, 0xCC};
+        EXPECT_EQ(ke_omci_tapi_mc_attr_get(&out), 0u);
+        EXPECT_EQ(ketest::bytes_of(out), ketest::words({c.ver_read, c.mode_read, 0xCC}));
+    }
+}
+
+// A rejected version writes nothing; a failed write stops the sequence,
+// keeps the earlier tables, and is reported by the procedure that made it
+// and, for the two inner procedures, once more by the sequence.
+TEST_F(McAttr, RejectionsAndFailuresKeepTheStoredAttributes)
+{
+    const std::string glb = "ke_omci_mc_glb_attr_set_proc";
+    const std::string rejected = info("ke_omci_tapi_mc_attr_set", 0x70000012);
+    struct {
+        uint32_t version, failing_table;
+        size_t writes;
+        std::string lines;
+    } cases[] = {
+        {0, 0, 0, rejected}, {4, 0, 0, rejected}, {18, 0, 0, rejected},
+        {3, 819, 1, info("ke_omci_mc_ctrl_type_set_proc", 0x55) + info(glb, 1)},
+        {3, 820, 2, info("ke_omci_mc_ver_mode_set_proc", 0x55) + info(glb, 1)},
+        {3, 826, 3, info("ke_omci_mc_ver_mode_set_proc", 0x55) + info(glb, 1)},
+        {3, 821, 4, info(glb, 0x55)},
+    };
+    st_mc_attr before = {17, 1, 1};
+    ASSERT_EQ(ke_omci_tapi_mc_attr_set(&before), 0u);
+    for (const auto &c : cases) {
+        for (bool gate : {true, false}) {
+            SCOPED_TRACE(testing::Message() << c.version << " " << c.failing_table << " " << gate);
+            kestub::reset();
+            kestub::log_set(gate);
+            kestub::cm_fail(c.failing_table, 0x55);
+            st_mc_attr in = {c.version, 0, 0};
+            uint32_t ret = 0;
+            std::string out = ketest::printed([&] { ret = ke_omci_tapi_mc_attr_set(&in); });
+            EXPECT_EQ(ret, 1u);
+            EXPECT_EQ(kestub::cm_calls().size(), c.writes);
+            EXPECT_EQ(ketest::traced(out), gate ? c.lines : "");
+            st_mc_attr read = {};
+            EXPECT_EQ(ke_omci_tapi_mc_attr_get(&read), 0u);
+            EXPECT_EQ(ketest::bytes_of(read), ketest::words({17, 1, 0}));
+        }
+    }
+    EXPECT_EQ(ke_omci_tapi_mc_attr_set(nullptr), 1u);
+    EXPECT_EQ(ke_omci_tapi_mc_attr_get(nullptr), 1u);
+}
+
+}  // namespace
