@@ -100,6 +100,11 @@ public:
             dup2(with_stdin ? in[0] : null, 0);
             dup2(out, 1);
             dup2(out, 2);
+            // The write end stays with the test alone, so closing it is an
+            // end of input.
+            for (int fd : {in[0], in[1], out, null})
+                if (fd > 2)
+                    close(fd);
             std::vector<char *> args;
             for (const std::string &a : argv)
                 args.push_back(const_cast<char *>(a.c_str()));

@@ -74,8 +74,10 @@ void trace_to(FILE *out)
 void trace_command(const std::string &line)
 {
     FILE *out = g_out.load();
-    if (out != nullptr)
+    if (out != nullptr) {
         std::fprintf(out, "[cmd] %s\n", line.c_str());
+        std::fflush(out);
+    }
 }
 
 }  // namespace omcishell
