@@ -185,6 +185,14 @@ TEST_F(SocketTest, StoppedServerTimesOutWithinTheBound)
     start_server(server);
     kestub::ipc_set_timeout(400);
     server.signal(SIGSTOP);
+    // The signal is taken at the process's leisure: wait until it is.
+    ASSERT_TRUE(ketest::wait_until(
+        [&] {
+            std::string stat = ketest::read_file("/proc/" + std::to_string(server.pid()) + "/stat");
+            size_t paren = stat.rfind(')');
+            return paren != std::string::npos && stat.compare(paren, 3, ") T") == 0;
+        },
+        5000));
     uint8_t buf[8] = {};
     auto start = ketest::Clock::now();
     EXPECT_EQ(ke_ipc_call("t_exact8_call", buf, 8), kestub::kIpcTimeout);
