@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cm_table.h"
+#include "cli.h"
 #include "kestub.h"
 #include "layouts.h"
 #include "text.h"
@@ -23,11 +24,7 @@ constexpr char kUsage[] =
     "  --raw            also every entry's bytes in hex\n"
     "  --help           this text\n";
 
-int usage_error(const std::string &why)
-{
-    std::fprintf(stderr, "cm-dump: %s\n%s", why.c_str(), kUsage);
-    return 2;
-}
+int usage_error(const std::string &why) { return ketool::usage_error("cm-dump", kUsage, why); }
 
 void dump_raw(const std::vector<uint8_t> &rec)
 {

@@ -93,14 +93,7 @@ bool parse_params(const char *text, std::vector<Param> *params, std::string *why
     }
 }
 
-std::vector<const Function *> all_functions()
-{
-    std::vector<const Function *> all;
-    for (const FunctionList *family : kFamilies)
-        for (size_t i = 0; i < family->count; ++i)
-            all.push_back(&family->rows[i]);
-    return all;
-}
+std::vector<const Function *> all_functions() { return ketool::all_rows(kFamilies); }
 
 const Function *find_function(const std::string &name)
 {

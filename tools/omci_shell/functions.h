@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "record.h"
+#include "rows.h"
 
 namespace omcishell {
 
@@ -63,16 +64,7 @@ struct Function {
     uint32_t (*call)(Args &args);
 };
 
-struct FunctionList {
-    const Function *rows;
-    size_t count;
-};
-
-template <size_t N>
-constexpr FunctionList list_of(const std::array<Function, N> &rows)
-{
-    return FunctionList{rows.data(), N};
-}
+using FunctionList = ketool::Rows<Function>;
 
 extern const FunctionList kPonFunctions;
 

@@ -38,6 +38,6 @@ constexpr std::array<Function, 15> kRows = {{
 
 }  // namespace
 
-const FunctionList kPonFunctions = list_of(kRows);
+const FunctionList kPonFunctions = ketool::rows_of(kRows);
 
 }  // namespace omcishell

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "cli.h"
 #include "kestub.h"
 #include "shell.h"
 
@@ -41,11 +42,7 @@ constexpr char kUsage[] =
     "Exit status: 0 when every command ran and every expect held (with --call:\n"
     "when the call answered 0), 1 otherwise, 2 on a usage error.\n";
 
-int usage_error(const std::string &why)
-{
-    std::fprintf(stderr, "omci-shell: %s\n%s", why.c_str(), kUsage);
-    return 2;
-}
+int usage_error(const std::string &why) { return ketool::usage_error("omci-shell", kUsage, why); }
 
 // mkdir -p, quietly: a failure shows when the database cannot be opened.
 void make_dirs(const std::string &path)

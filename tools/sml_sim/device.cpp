@@ -45,6 +45,6 @@ constexpr std::array<Procedure, 2> kRows = {{
 
 }  // namespace
 
-const ProcedureList kDeviceProcedures = list_of(kRows);
+const ProcedureList kDeviceProcedures = ketool::rows_of(kRows);
 
 }  // namespace smlsim

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "cli.h"
 #include "kestub.h"
 #include "sim.h"
 #include "text.h"
@@ -29,11 +30,7 @@ constexpr char kUsage[] =
     "  --help            this text\n"
     "Stops on SIGINT or SIGTERM and removes its sockets.\n";
 
-int usage_error(const std::string &why)
-{
-    std::fprintf(stderr, "sml-sim: %s\n%s", why.c_str(), kUsage);
-    return 2;
-}
+int usage_error(const std::string &why) { return ketool::usage_error("sml-sim", kUsage, why); }
 
 bool read_file(const std::string &path, std::string *text)
 {

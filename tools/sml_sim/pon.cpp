@@ -165,6 +165,6 @@ constexpr std::array<Procedure, 14> kRows = {{
 
 }  // namespace
 
-const ProcedureList kPonProcedures = list_of(kRows);
+const ProcedureList kPonProcedures = ketool::rows_of(kRows);
 
 }  // namespace smlsim

@@ -49,14 +49,7 @@ uint32_t word_at(const uint8_t *buf, uint32_t off)
 
 void put_word(uint8_t *buf, uint32_t off, uint32_t value) { std::memcpy(buf + off, &value, 4); }
 
-std::vector<const Procedure *> all_procedures()
-{
-    std::vector<const Procedure *> all;
-    for (const ProcedureList *family : kFamilies)
-        for (size_t i = 0; i < family->count; ++i)
-            all.push_back(&family->rows[i]);
-    return all;
-}
+std::vector<const Procedure *> all_procedures() { return ketool::all_rows(kFamilies); }
 
 Sim::Sim(const Profile &profile) { state_.profile = profile; }
 

@@ -18,6 +18,7 @@
 
 #include "profile.h"
 #include "record.h"
+#include "rows.h"
 
 namespace smlsim {
 
@@ -52,16 +53,7 @@ struct Procedure {
     const ketool::Layout *layout;  // how the log shows the record; nullptr: hex
 };
 
-struct ProcedureList {
-    const Procedure *rows;
-    size_t count;
-};
-
-template <size_t N>
-constexpr ProcedureList list_of(const std::array<Procedure, N> &rows)
-{
-    return ProcedureList{rows.data(), N};
-}
+using ProcedureList = ketool::Rows<Procedure>;
 
 // The families' procedures.
 extern const ProcedureList kPonProcedures;
