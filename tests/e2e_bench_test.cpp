@@ -191,6 +191,8 @@ TEST_F(BenchTest, LoidFromASecondProcessReachesTheShell)
         listed = listed || s.name == "ke_ke_omci_set_loid_call";
     if (!listed)
         GTEST_SKIP() << "the library carries no served-call list yet";
+    Process sim;
+    start_sim(sim);
     Process first;
     ASSERT_TRUE(first.start({KE_PATH_OMCI_SHELL, "--run-dir", run.path(), "--cm-memory", "--trace"},
                             run / "first.out", true));
@@ -198,11 +200,19 @@ TEST_F(BenchTest, LoidFromASecondProcessReachesTheShell)
         [&] { return ketest::exists(run / "ipc/ke_ke_omci_set_loid_call"); }, 10000));
     std::string out;
     EXPECT_EQ(shell({"--call", "set_loid", "LOID-FROM-AFAR"}, &out), 0) << out;
+    EXPECT_EQ(shell({"--call", "set_loidpwd", "secret"}, &out), 0) << out;
     EXPECT_EQ(shell({"--call", "set_loid", std::string(25, 'x')}, &out), 2);
-    first.send("quit\n");
+    first.send("ke_omci_tapi_sn_loid_get\nquit\n");
     EXPECT_EQ(first.wait(5000), 0);
-    EXPECT_TRUE(has(ketest::read_file(run / "first.out"),
-                    "[served] ke_ke_omci_set_loid_call len=102 -> 0x0"));
+    std::string served = ketest::read_file(run / "first.out");
+    EXPECT_TRUE(has(served, "[served] ke_ke_omci_set_loid_call len=102 -> 0x0")) << served;
+    // The serial number from the simulator's profile, the LOID from afar.
+    EXPECT_TRUE(has(served, "ke_omci_tapi_sn_loid_get: status 0x0\n  sn_loid:\n"
+                            "    auc_id_a = 02 4b 45 00 00 01\n"
+                            "    auc_sn = 4b 45 4f 4e 00 c0 ff ee\n"
+                            "    auc_loid = \"LOID-FROM-AFAR\"\n"
+                            "    auc_loid_pwd = \"secret\"\n"))
+        << served;
 }
 
 TEST_F(BenchTest, ProfileFileChangesWhatTheSimulatorReports)

@@ -59,7 +59,7 @@ TEST_F(ShellTest, EveryRowHasAWellFormedParameterList)
         EXPECT_NE(f->call, nullptr);
         EXPECT_TRUE(names.insert(f->name).second) << "listed twice";
     }
-    EXPECT_EQ(names.size(), 15u);
+    EXPECT_GE(names.size(), 19u);
 }
 
 TEST_F(ShellTest, ParameterListsThatAreWrongAreRefused)
@@ -104,6 +104,11 @@ TEST_F(ShellTest, CallsPrintTheStatusAndTheOutputsDecoded)
         {"  # only a comment", ""},
         {"echo \"two words\" and more", "two words and more\n"},
         {"help ke_omci_tapi_tcont_get", "ke_omci_tapi_tcont_get(in u32 tcont, out u32 allocid)\n"},
+        {"ke_omci_tapi_sysinfo_get",
+         "ke_omci_tapi_sysinfo_get: status 0x0\n  info:\n    auc_info_a = \"KEON\"\n"
+         "    auc_info_b = \"V1.0.0\"\n    auc_info_c = \"HW1.0\"\n    auc_info_d = \"KE-SIM-SFU\"\n"
+         "    ui_info_e = 1\n    ui_product_type = 0\n    ui_user_port_num = 4\n    ui_board_2 = 0\n"
+         "    ui_board_3 = 0\n    ui_board_0 = 1\n    auc_info_f = \"SIM-ONU\"\n    ui_info_g = 0\n"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.line);
@@ -221,7 +226,8 @@ TEST_F(ShellTest, TraceShowsCommandsRemoteCallsAndTableOperations)
     EXPECT_EQ(std::string(text + from, len - from),
               "[cm] Set 807 IGD_CO_VLAN_FILTER_TAB size=20 -> 0x0 | 00 00 00 00 00 00 00 00 02 00 "
               "00 00 00 00 00 00 00 00 00 00\n"
-              "[cm] Get 811 IGD_CO_VLAN_DEFPRI_TAB size=20 -> 0x72300001\n");
+              "[cm] Get 811 IGD_CO_VLAN_DEFPRI_TAB size=20 -> 0x72300001 | 00 00 00 00 00 00 00 "
+              "00 02 00 00 00 00 00 00 00 00 00 00 00\n");
     omcishell::trace_to(nullptr);
     EXPECT_EQ(run({"echo quiet"}), "quiet\n");
 }

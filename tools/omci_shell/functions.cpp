@@ -8,6 +8,7 @@ namespace {
 // Every family's functions; a family that lands adds its list here.
 constexpr const FunctionList *kFamilies[] = {
     &kPonFunctions,
+    &kDeviceFunctions,
 };
 
 std::string trim(const std::string &s)

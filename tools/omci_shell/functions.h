@@ -67,6 +67,7 @@ struct Function {
 using FunctionList = ketool::Rows<Function>;
 
 extern const FunctionList kPonFunctions;
+extern const FunctionList kDeviceFunctions;
 
 std::vector<const Function *> all_functions();
 const Function *find_function(const std::string &name);
