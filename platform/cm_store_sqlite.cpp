@@ -177,6 +177,8 @@ std::unique_ptr<CmStore> open_sqlite_store(const std::string &path)
     return store;
 }
 
+bool cm_db_supported() { return true; }
+
 }  // namespace kestub
 
 #else
@@ -188,6 +190,8 @@ std::unique_ptr<CmStore> open_sqlite_store(const std::string &path)
     std::fprintf(stderr, "cm: built without SQLite, cannot keep tables in %s\n", path.c_str());
     return nullptr;
 }
+
+bool cm_db_supported() { return false; }
 
 }  // namespace kestub
 

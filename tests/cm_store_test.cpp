@@ -73,6 +73,8 @@ protected:
     void SetUp() override
     {
         StubTest::SetUp();
+        if (GetParam() && !kestub::cm_db_supported())
+            GTEST_SKIP() << "built without SQLite";
         if (GetParam()) {
             ASSERT_TRUE(kestub::cm_use_db(db().c_str()));
             EXPECT_EQ(kestub::cm_store_path(), db());
@@ -162,6 +164,12 @@ INSTANTIATE_TEST_SUITE_P(Stores, CmStoreTest, ::testing::Bool(),
 
 class CmDatabaseTest : public ketest::StubTest {
 protected:
+    void SetUp() override
+    {
+        StubTest::SetUp();
+        if (!kestub::cm_db_supported())
+            GTEST_SKIP() << "built without SQLite";
+    }
     std::string db() const { return dir / "cm.db"; }
     TempDir dir;
 };

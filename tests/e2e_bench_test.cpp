@@ -17,6 +17,7 @@ protected:
     void SetUp() override
     {
         StubTest::SetUp();
+        KE_SKIP_WITHOUT_THREADS();
         ASSERT_FALSE(run.path().empty());
         setenv("KE_RUN_DIR", run.path().c_str(), 1);
     }

@@ -69,6 +69,7 @@ protected:
     // A process serving the test handlers.
     void start_server(Process &p)
     {
+        KE_SKIP_WITHOUT_THREADS();
         ASSERT_TRUE(p.start_fn([] {
             kestub::ipc_serve("t_bump_call", bump);
             kestub::ipc_serve("t_exact8_call", exact8);
@@ -85,6 +86,8 @@ TEST_F(SocketTest, CarriesBytesStatusAndLengthUnchanged)
 {
     Process server;
     start_server(server);
+    if (IsSkipped())
+        return;
     struct Case {
         const char *name;
         std::vector<uint8_t> request;
@@ -128,6 +131,8 @@ TEST_F(SocketTest, LargeRecordsTravelWhole)
 {
     Process server;
     start_server(server);
+    if (IsSkipped())
+        return;
     std::vector<uint8_t> buf(3u << 20);
     for (size_t i = 0; i < buf.size(); ++i)
         buf[i] = static_cast<uint8_t>(i * 7);
@@ -143,6 +148,8 @@ TEST_F(SocketTest, LocalHandlersAndScriptsComeFirst)
 {
     Process server;
     start_server(server);
+    if (IsSkipped())
+        return;
     kestub::ipc_serve("t_exact8_call", [](void *, uint32_t) -> uint32_t { return 0x77; });
     kestub::ipc_script("t_bump_call", 0x66);
     uint8_t buf[8] = {};
@@ -163,6 +170,8 @@ TEST_F(SocketTest, ServerDyingMidCallEndsTheCall)
 {
     Process server;
     start_server(server);
+    if (IsSkipped())
+        return;
     std::thread killer([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         server.kill_now();
@@ -183,6 +192,8 @@ TEST_F(SocketTest, StoppedServerTimesOutWithinTheBound)
 {
     Process server;
     start_server(server);
+    if (IsSkipped())
+        return;
     kestub::ipc_set_timeout(400);
     server.signal(SIGSTOP);
     // The signal is taken at the process's leisure: wait until it is.
@@ -206,6 +217,8 @@ TEST_F(SocketTest, DeadServersNamesAreTakenOverLiveOnesAreNot)
 {
     Process first;
     start_server(first);
+    if (IsSkipped())
+        return;
     // A live server keeps its names.
     kestub::ipc_serve("t_bump_call", bump);
     EXPECT_EQ(kestub::serve_start(), -1);
@@ -221,6 +234,7 @@ TEST_F(SocketTest, DeadServersNamesAreTakenOverLiveOnesAreNot)
 TEST_F(SocketTest, ServedCallsReachTheServingProcessAndShowInItsObserver)
 {
     // The serving side runs in this process; the caller is a child.
+    KE_SKIP_WITHOUT_THREADS();
     static std::vector<std::string> seen;
     seen.clear();
     kestub::set_observer([](const kestub::Event &e) {
@@ -281,6 +295,7 @@ TEST_F(SocketTest, SectionReaderFollowsEveryPointerOfEachLoadedList)
 
 TEST_F(SocketTest, LoadedListIsServedToOtherProcessesByItsExportedEntries)
 {
+    KE_SKIP_WITHOUT_THREADS();
     Process server;
     ASSERT_TRUE(server.start_fn([] {
         if (dlopen(KE_PATH_IPC_FIXTURE_SERVED, RTLD_NOW) == nullptr ||
@@ -309,6 +324,7 @@ TEST_F(SocketTest, LoadedListIsServedToOtherProcessesByItsExportedEntries)
 
 TEST_F(SocketTest, ServingProcessCallsItsOwnListedEntriesDirectly)
 {
+    KE_SKIP_WITHOUT_THREADS();
     void *lib = dlopen(KE_PATH_IPC_FIXTURE_SERVED, RTLD_NOW);
     ASSERT_NE(lib, nullptr);
     ASSERT_GE(kestub::serve_start(), 3);

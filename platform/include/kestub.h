@@ -236,6 +236,8 @@ inline constexpr uint32_t kCmStoreFailed = 0x72300002;
 // a call the store is KE_CM_DB when set, else memory.  False (reason on
 // stderr) when the database cannot be opened.
 bool cm_use_db(const char *path);
+// False when the stand-in was built without SQLite: tables in memory only.
+bool cm_db_supported();
 // Where the tables are kept: the database path, "" for memory.
 std::string cm_store_path();
 
