@@ -3,6 +3,7 @@
 #include <cstring>
 #include <map>
 
+#include "cm_store.h"
 #include "cm_voip.h"
 #include "kestub.h"
 #include "platform.h"
@@ -100,6 +101,13 @@ uint32_t fault_for(uint32_t table)
     return 0;
 }
 
+// Tells the observer of an operation, with the record as it is now.
+void tell(const CmCall &c, const void *rec)
+{
+    notify(Event{EventKind::CmOp, "", c.op, c.table, c.record.data(),
+                 static_cast<const uint8_t *>(rec), c.size, c.status});
+}
+
 uint32_t log_op(CmOp op, uint32_t table, const void *rec, uint32_t size, uint32_t count,
                 uint32_t status)
 {
@@ -109,6 +117,8 @@ uint32_t log_op(CmOp op, uint32_t table, const void *rec, uint32_t size, uint32_
         c.record.assign(b, b + size);
     }
     cm().calls.push_back(std::move(c));
+    if (op != CmOp::Get)  // a Get is told once its reply is in
+        tell(cm().calls.back(), rec);
     return status;
 }
 
@@ -130,7 +140,16 @@ void store(uint32_t table, const uint8_t *rec, uint32_t size)
 
 }  // namespace
 
-void cm_reset() { cm() = CmState{}; }
+// The table's entries for one operation, brought in from the store.
+struct TableScope : CmScope {
+    TableScope(uint32_t table, bool write) : CmScope(table, write, &cm().tables[table]) {}
+};
+
+void cm_reset()
+{
+    cm() = CmState{};
+    cm_store_reset();
+}
 
 const std::vector<CmCall> &cm_calls() { return cm().calls; }
 
@@ -150,13 +169,30 @@ void cm_set_merge(uint32_t table, CmMerge merge) { cm().merges[table] = merge; }
 
 void cm_preload(uint32_t table, const void *record, size_t size)
 {
-    store(table, static_cast<const uint8_t *>(record), static_cast<uint32_t>(size));
+    TableScope scope(table, true);
+    if (scope.open() == 0)
+        store(table, static_cast<const uint8_t *>(record), static_cast<uint32_t>(size));
+    scope.close(0);
 }
 
 std::vector<std::vector<uint8_t>> cm_entries(uint32_t table)
 {
+    TableScope scope(table, false);
+    if (scope.open() != 0)
+        return {};
     auto it = cm().tables.find(table);
     return it == cm().tables.end() ? std::vector<Bytes>{} : it->second;
+}
+
+std::vector<uint32_t> cm_tables()
+{
+    if (CmStore *db = cm_store())
+        return db->tables();
+    std::vector<uint32_t> ids;
+    for (const auto &t : cm().tables)
+        if (!t.second.empty())
+            ids.push_back(t.first);
+    return ids;
 }
 
 }  // namespace kestub
@@ -167,7 +203,8 @@ extern "C" {
 
 uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, false);
+    uint32_t status = scope.open(kestub::fault_for(table));
     // Logged before the reply overwrites it: the bytes are the request.
     kestub::log_op(CmOp::Get, table, record, size, 0, status);
     if (status == 0 && record != nullptr) {
@@ -178,31 +215,38 @@ uint32_t igdCmConfGet(uint32_t table, void *record, uint32_t size)
         else
             std::memcpy(rec, e->data(), std::min<size_t>(size, e->size()));
     }
+    status = scope.close(status);
     kestub::cm().calls.back().status = status;
+    kestub::tell(kestub::cm().calls.back(), record);
     return status;
 }
 
 uint32_t igdCmConfSet(uint32_t table, void *record, uint32_t size)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, true);
+    uint32_t status = scope.open(kestub::fault_for(table));
     if (status == 0 && record != nullptr)
         kestub::store(table, static_cast<const uint8_t *>(record), size);
+    status = scope.close(status);
     return kestub::log_op(CmOp::Set, table, record, size, 0, status);
 }
 
 uint32_t igdCmConfAdd(uint32_t table, void *record, uint32_t size)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, true);
+    uint32_t status = scope.open(kestub::fault_for(table));
     if (status == 0 && record != nullptr) {
         const auto *rec = static_cast<const uint8_t *>(record);
         kestub::cm().tables[table].emplace_back(rec, rec + size);
     }
+    status = scope.close(status);
     return kestub::log_op(CmOp::Add, table, record, size, 0, status);
 }
 
 uint32_t igdCmConfDel(uint32_t table, void *record, uint32_t size)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, true);
+    uint32_t status = scope.open(kestub::fault_for(table));
     if (status == 0 && record != nullptr) {
         auto &entries = kestub::cm().tables[table];
         const auto *rec = static_cast<const uint8_t *>(record);
@@ -214,20 +258,24 @@ uint32_t igdCmConfDel(uint32_t table, void *record, uint32_t size)
         else
             entries.erase(it);
     }
+    status = scope.close(status);
     return kestub::log_op(CmOp::Del, table, record, size, 0, status);
 }
 
 uint32_t igdCmConfGetEntryNum(uint32_t table, uint32_t *count)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, false);
+    uint32_t status = scope.open(kestub::fault_for(table));
     if (status == 0 && count != nullptr)
         *count = static_cast<uint32_t>(kestub::cm().tables[table].size());
+    status = scope.close(status);
     return kestub::log_op(CmOp::GetEntryNum, table, nullptr, 0, 0, status);
 }
 
 uint32_t igdCmConfGetAllEntry(uint32_t table, void *buf, uint32_t size, uint32_t count)
 {
-    uint32_t status = kestub::fault_for(table);
+    kestub::TableScope scope(table, false);
+    uint32_t status = scope.open(kestub::fault_for(table));
     if (status == 0 && buf != nullptr) {
         auto *out = static_cast<uint8_t *>(buf);
         uint32_t done = 0;
@@ -240,6 +288,7 @@ uint32_t igdCmConfGetAllEntry(uint32_t table, void *buf, uint32_t size, uint32_t
             ++done;
         }
     }
+    status = scope.close(status);
     return kestub::log_op(CmOp::GetAllEntry, table, nullptr, size, count, status);
 }
 

@@ -58,7 +58,7 @@ uint32_t dispatch(const char *name, void *buf, uint32_t len)
         return handler->second(buf, len);
     if (st.fallback != nullptr)
         return st.fallback(buf, len);
-    return kIpcNoServer;
+    return socket_call(name, buf, len);
 }
 
 }  // namespace
@@ -95,6 +95,20 @@ void ipc_fail_nth(unsigned nth, uint32_t status)
 
 const std::vector<IpcCall> &ipc_calls() { return ipc().calls; }
 
+IpcHandler local_handler(const char *name)
+{
+    auto handler = ipc().handlers.find(name);
+    return handler != ipc().handlers.end() ? handler->second : nullptr;
+}
+
+std::vector<std::string> local_names()
+{
+    std::vector<std::string> names;
+    for (const auto &h : ipc().handlers)
+        names.push_back(h.first);
+    return names;
+}
+
 }  // namespace kestub
 
 extern "C" uint32_t ke_ipc_call(const char *name, void *buf, uint32_t len)
@@ -106,6 +120,8 @@ extern "C" uint32_t ke_ipc_call(const char *name, void *buf, uint32_t len)
         rec.request.assign(bytes, bytes + len);
     }
     rec.status = name != nullptr ? dispatch(name, buf, len) : kIpcNoServer;
+    notify(Event{EventKind::IpcCall, rec.name.c_str(), CmOp{}, 0, rec.request.data(),
+                 static_cast<const uint8_t *>(buf), len, rec.status});
     ipc().calls.push_back(std::move(rec));
     return ipc().calls.back().status;
 }

@@ -62,6 +62,78 @@ const std::vector<IpcCall> &ipc_calls();
 // status without reaching any handler; for sweeping every failure site.
 void ipc_fail_nth(unsigned nth, uint32_t status);
 
+// ---- IPC between processes --------------------------------------------
+//
+// A name nobody serves in this process goes to whichever process serves it
+// over Unix-domain sockets in the run directory: one listening socket per
+// served name, the file <run dir>/ipc/<name>.  Request frame: magic, name
+// length, buffer length, null-buffer flag (four u32), the name, the bytes;
+// reply frame: status and length (two u32), the bytes.  The transport
+// passes the length through untouched; refusing a wrong length (0x72200008)
+// is the serving entry's own business.
+
+// A serving process that went away mid-call (connection closed before the
+// reply).
+inline constexpr uint32_t kIpcLost = 0x72200005;
+// No reply within the time-out (the serving process hangs or is stopped).
+inline constexpr uint32_t kIpcTimeout = 0x72200006;
+// A request the transport cannot carry (longer than kIpcMaxLen).
+inline constexpr uint32_t kIpcTooLong = 0x72200007;
+
+inline constexpr uint32_t kIpcMaxLen = 16u << 20;
+
+// Every remote call across processes ends within this bound, from connect
+// to the last reply byte; KE_IPC_TIMEOUT_MS or ipc_set_timeout change it.
+inline constexpr unsigned kIpcTimeoutMs = 5000;
+void ipc_set_timeout(unsigned ms);
+
+// The run directory: KE_RUN_DIR, else /tmp/ke_omci_run-<uid>.
+std::string run_dir();
+
+// Served-call names listed in the .ke_ipc_section of every object loaded
+// in this process, in load order and slot order.
+struct SectionName {
+    std::string object;  // path of the shared object ("" for the program)
+    std::string name;
+};
+std::vector<SectionName> section_names();
+
+// Start answering remote calls from other processes, on a thread of its
+// own: every name served here with ipc_serve, and every name of a loaded
+// .ke_ipc_section, dispatched to the exported function of that name.
+// Returns the number of names served, or -1 (reason on stderr) when the
+// run directory cannot be made or a name is served by a live process.
+int serve_start();
+// Stop answering and remove this process's sockets.
+void serve_stop();
+// The names serve_start took on.
+std::vector<std::string> served_names();
+
+// Incoming calls are dispatched while this lock is held; a program that
+// calls the library on its own thread holds it too, so a served call never
+// interleaves with its own (the library takes no lock of its own).
+void serve_lock();
+void serve_unlock();
+
+// ---- Observer ----------------------------------------------------------
+
+// What happens, as it happens: for tracing tools.
+enum class EventKind { IpcCall, IpcServed, CmOp };
+enum class CmOp;
+struct Event {
+    EventKind kind;
+    const char *name;      // remote name (IpcCall, IpcServed)
+    CmOp cm_op;            // CmOp
+    uint32_t table;        // CmOp: table (control code for OamCtrl)
+    const uint8_t *bytes;  // request (IpcCall, IpcServed) or record (CmOp)
+    const uint8_t *reply;  // reply bytes after the call (IpcCall, IpcServed, Get)
+    uint32_t len;
+    uint32_t status;
+};
+using Observer = void (*)(const Event &event);
+// One observer per process (nullptr: none).
+void set_observer(Observer observer);
+
 // ---- Log gate ----------------------------------------------------------
 
 // Open (true) or close the gate for every module and level.
@@ -155,6 +227,22 @@ void cm_set_key(uint32_t table, std::vector<CmKeyField> key);
 // How a Set folds an incoming record into the stored one of the same key.
 using CmMerge = void (*)(uint8_t *stored, const uint8_t *incoming, uint32_t size);
 void cm_set_merge(uint32_t table, CmMerge merge);
+
+// Status of an operation the persistent store could not carry out.
+inline constexpr uint32_t kCmStoreFailed = 0x72300002;
+
+// Keep the tables in the SQLite database at path, shared by every process
+// that opens it ("" or nullptr: back to this process's memory).  Without
+// a call the store is KE_CM_DB when set, else memory.  False (reason on
+// stderr) when the database cannot be opened.
+bool cm_use_db(const char *path);
+// False when the stand-in was built without SQLite: tables in memory only.
+bool cm_db_supported();
+// Where the tables are kept: the database path, "" for memory.
+std::string cm_store_path();
+
+// Tables that hold entries, in ascending order.
+std::vector<uint32_t> cm_tables();
 
 // Store a record as a Set would, without logging an operation.
 void cm_preload(uint32_t table, const void *record, size_t size);
