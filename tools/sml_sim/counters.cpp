@@ -67,27 +67,12 @@ void fill(uint32_t *out, const std::array<uint32_t, N> &rates, uint64_t steps)
         out[k] = static_cast<uint32_t>(steps * rates[k]);
 }
 
-uint32_t fec_get(SimState &s, st_fec_stat &rec)
+// A line counter set: words advanced while the line operates.
+template <class Record, size_t N, const std::array<uint32_t, N> &Rates,
+          uint64_t CounterState::*Steps>
+uint32_t line_counters_get(SimState &s, Record &rec)
 {
-    fill(rec.aui_counter, kFecRates, advance(s.counters.fec, operating(s)));
-    return 0;
-}
-
-uint32_t tc_get(SimState &s, st_xgpon_tc_stat &rec)
-{
-    fill(rec.aui_counter, kTcRates, advance(s.counters.tc, operating(s)));
-    return 0;
-}
-
-uint32_t downmng_get(SimState &s, st_xgpon_downmng_stat &rec)
-{
-    fill(rec.aui_counter, kDownRates, advance(s.counters.downmng, operating(s)));
-    return 0;
-}
-
-uint32_t upmng_get(SimState &s, st_xgpon_upmng_stat &rec)
-{
-    fill(rec.aui_counter, kUpRates, advance(s.counters.upmng, operating(s)));
+    fill(rec.aui_counter, Rates, advance(s.counters.*Steps, operating(s)));
     return 0;
 }
 
@@ -159,11 +144,18 @@ constexpr Layout kUp =
 constexpr Layout kPort = ketool::make_layout("st_port_stat", sizeof(st_port_stat), kPortFields);
 
 constexpr std::array<Procedure, 6> kRows = {{
-    row<st_fec_stat, fec_get>("ke_ke_sml_gpon_fec_stat_get_call", &kFec),
+    row<st_fec_stat, line_counters_get<st_fec_stat, 5, kFecRates, &CounterState::fec>>(
+        "ke_ke_sml_gpon_fec_stat_get_call", &kFec),
     row<st_gemport_stat, gemport_stat_get>("ke_ke_sml_gpon_gemport_stat_get_call", &kGem),
-    row<st_xgpon_tc_stat, tc_get>("ke_ke_sml_xgpon_tc_get_call", &kTc),
-    row<st_xgpon_downmng_stat, downmng_get>("ke_ke_sml_xgpon_downmng_get_call", &kDown),
-    row<st_xgpon_upmng_stat, upmng_get>("ke_ke_sml_xgpon_upmng_get_call", &kUp),
+    row<st_xgpon_tc_stat,
+        line_counters_get<st_xgpon_tc_stat, KE_XGPON_TC_WORDS, kTcRates, &CounterState::tc>>(
+        "ke_ke_sml_xgpon_tc_get_call", &kTc),
+    row<st_xgpon_downmng_stat, line_counters_get<st_xgpon_downmng_stat, KE_XGPON_DOWNMNG_WORDS,
+                                                 kDownRates, &CounterState::downmng>>(
+        "ke_ke_sml_xgpon_downmng_get_call", &kDown),
+    row<st_xgpon_upmng_stat, line_counters_get<st_xgpon_upmng_stat, KE_XGPON_UPMNG_WORDS,
+                                               kUpRates, &CounterState::upmng>>(
+        "ke_ke_sml_xgpon_upmng_get_call", &kUp),
     row<st_port_stat, port_stat_get>("ke_ke_sml_port_stat_get_call", &kPort),
 }};
 
