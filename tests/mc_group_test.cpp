@@ -14,16 +14,11 @@ using ketest::ranges;
 using ketest::info;
 using ketest::record;
 using ketest::Records;
+using ketest::vlan;
+using ketest::vlan_list;
 constexpr uint32_t kNone = MC_VLAN_NONE;
 
 class McGroup : public ketest::McTest {};
-
-Bytes vlan_list(uint32_t port, std::array<uint32_t, MC_VLAN_MAX> slots)
-{
-    Bytes rec = record(48, {{8, port}, {44, 12}});
-    std::memcpy(rec.data() + 12, slots.data(), sizeof slots);
-    return rec;
-}
 
 Bytes member(uint32_t port, uint32_t vid) { return record(20, {{8, port}, {12, vid}, {16, 12}}); }
 
@@ -53,12 +48,6 @@ std::string vlan_lines(uint32_t port)
     std::string out = ketest::dump_port(port, &ret);
     size_t at = out.find("\nvlan [");
     return ret != 0 ? "refused" : at == std::string::npos ? "" : out.substr(at + 1);
-}
-
-uint32_t vlan(uint32_t (*fn)(const st_mc_vlan *), uint32_t port, uint32_t vid)
-{
-    st_mc_vlan v = {port, vid};
-    return fn(&v);
 }
 
 TEST_F(McGroup, VlanProcedureWritesEachVlanAsMemberOfThePortAndOfPortEight)

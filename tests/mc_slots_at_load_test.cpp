@@ -5,25 +5,13 @@
 
 namespace {
 
-using ketest::Bytes;
 using ketest::cm_sets;
 using ketest::Records;
+using ketest::vlan;
+using ketest::vlan_list;
 constexpr uint32_t kNone = MC_VLAN_NONE;
 
 class McSlotsAtLoad : public ketest::StubTest {};
-
-Bytes vlan_list(uint32_t port, std::array<uint32_t, MC_VLAN_MAX> slots)
-{
-    Bytes rec = ketest::record(48, {{8, port}, {44, 12}});
-    std::memcpy(rec.data() + 12, slots.data(), sizeof slots);
-    return rec;
-}
-
-uint32_t vlan(uint32_t (*fn)(const st_mc_vlan *), uint32_t port, uint32_t vid)
-{
-    st_mc_vlan v = {port, vid};
-    return fn(&v);
-}
 
 // A removal writes the list without every slot that held the VLAN, but
 // empties in the port's slots only the last of them.
