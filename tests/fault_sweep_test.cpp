@@ -182,7 +182,9 @@ uint32_t hook_cm_del(uint32_t table, void *rec, uint32_t size)
 
 uint32_t hook_cm_num(uint32_t table, uint32_t *count)
 {
-    return forward(Kind::kTable, table_label("GetEntryNum", table), g_next.cm_num, table, count);
+    uint32_t ret =
+        forward(Kind::kTable, table_label("GetEntryNum", table), g_next.cm_num, table, count);
+    return scribble_if_failed(count, sizeof *count, ret);
 }
 
 uint32_t hook_cm_all(uint32_t table, void *buf, uint32_t size, uint32_t count)
@@ -1842,6 +1844,37 @@ TEST_F(FaultSweep, RecorderSeesOnlyTheLibrary)
     EXPECT_EQ(std::count(block, block + sizeof block, 0), static_cast<long>(sizeof block))
         << "a failed copy clears its destination";
     EXPECT_NE(out.find("memcpy_s return[406] failed \r\n"), std::string::npos) << out;
+}
+
+// A connection count the configuration manager failed to give is no
+// count: the table reads as empty and no list is taken for it.
+TEST_F(FaultSweep, UnreadableConnectionCountIsAnEmptyTable)
+{
+    struct Case {
+        const char *what;
+        uint32_t (*call)();
+        uint32_t status;
+    };
+    const Case cases[] = {
+        {"get", [] { return FN(ke_omci_tapi_voip_wan_get)(&g_ctx.wan_attr); }, 0x70000000},
+        {"delete", [] { return FN(ke_omci_tapi_voip_wan_del)(1); }, 0},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        world();
+        ASSERT_EQ(g_lib->open(), "");
+        write_inputs(g_ctx);
+        g_rec = Recorder{};
+        g_rec.on = true;
+        kestub::cm_fail_nth(1, kTableFailure);
+        uint32_t status = 0;
+        ketest::printed([&] { status = c.call(); });
+        g_rec.on = false;
+        g_lib->close();
+        EXPECT_EQ(hex(status), hex(c.status));
+        ASSERT_EQ(g_rec.ops.size(), 1u) << "after the count: " << g_rec.ops.back().label;
+        EXPECT_EQ(g_rec.ops[0].label, "GetEntryNum 448");
+    }
 }
 
 // Every exported function has at least one row, and every row names one.
