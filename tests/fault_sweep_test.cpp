@@ -60,8 +60,12 @@ constexpr uint32_t kTableFailure = 0x72300011;
 constexpr int kCopyFailure = 406;   // the Annex K library's "no space" code
 constexpr int kShellFailure = 256;  // exit status 1, as system() reports it
 
+// The library reads uci's output through this one fixed file; in the copy
+// under test it is redirected to a file of this program's own, so that
+// suites running at the same time (in this tree or another) never meet.
 constexpr char kScratchFile[] = "/tmp/tmp_uci_value";
 constexpr char kRedirect[] = " > /tmp/tmp_uci_value";
+std::string g_scratch;
 
 // ---- Back-end operations -----------------------------------------------
 
@@ -118,6 +122,8 @@ struct Next {
     decltype(&igdCmConfGetAllEntry) cm_all;
     decltype(&igdCmOamCtrl) oam;
     int (*system)(const char *);
+    FILE *(*fopen)(const char *, const char *);
+    int (*unlink)(const char *);
     decltype(&ke_os_malloc) os_malloc;
     decltype(&ke_os_free) os_free;
     void *(*malloc)(size_t);
@@ -196,6 +202,18 @@ uint32_t hook_cm_all(uint32_t table, void *buf, uint32_t size, uint32_t count)
 
 uint32_t hook_oam(uint32_t code) { return forward(Kind::kTable, "OamCtrl", g_next.oam, code); }
 
+const char *scratch_path(const char *path)
+{
+    return path != nullptr && std::strcmp(path, kScratchFile) == 0 ? g_scratch.c_str() : path;
+}
+
+FILE *hook_fopen(const char *path, const char *mode)
+{
+    return g_next.fopen(scratch_path(path), mode);
+}
+
+int hook_unlink(const char *path) { return g_next.unlink(scratch_path(path)); }
+
 // A failing command still has its output redirected: the shell empties
 // the scratch file before the command fails.
 int hook_system(const char *command)
@@ -205,7 +223,7 @@ int hook_system(const char *command)
     std::string text = command;
     if (text.size() > std::strlen(kRedirect) &&
         text.compare(text.size() - std::strlen(kRedirect), std::string::npos, kRedirect) == 0)
-        std::ofstream(kScratchFile, std::ios::trunc);
+        std::ofstream(g_scratch, std::ios::trunc);
     return kShellFailure;
 }
 
@@ -321,12 +339,12 @@ int fake_uci(const char *command)
     std::string key = command;
     std::ofstream scratch;
     if (cut(key, "uci -q get ", kRedirect)) {
-        scratch.open(kScratchFile, std::ios::trunc);
+        scratch.open(g_scratch, std::ios::trunc);
         auto it = g_uci.find(key);
         if (it != g_uci.end())
             scratch << it->second << "\n";
     } else if (cut(key, "uci -q add ", kRedirect)) {
-        scratch.open(kScratchFile, std::ios::trunc);
+        scratch.open(g_scratch, std::ios::trunc);
         char name[16];
         std::snprintf(name, sizeof name, "cfg%02x%04x", ++g_uci_added, 0xbeefu);
         scratch << name << "\n";
@@ -348,14 +366,17 @@ public:
             return;
         ::close(fd);
         path_ = name;
+        g_scratch = path_ + ".uci";
         std::ifstream in(KE_LIBRARY_PATH, std::ios::binary);
         std::ofstream(path_, std::ios::binary) << in.rdbuf();
     }
     ~Library()
     {
         close();
-        if (!path_.empty())
+        if (!path_.empty()) {
             unlink(path_.c_str());
+            unlink(g_scratch.c_str());
+        }
     }
     Library(const Library &) = delete;
     Library &operator=(const Library &) = delete;
@@ -385,6 +406,10 @@ public:
         hook("igdCmConfGetAllEntry", reinterpret_cast<void *>(hook_cm_all), g_next.cm_all);
         hook("igdCmOamCtrl", reinterpret_cast<void *>(hook_oam), g_next.oam);
         hook("system", reinterpret_cast<void *>(hook_system), g_next.system);
+        hook("unlink", reinterpret_cast<void *>(hook_unlink), g_next.unlink);
+        // Built with 64-bit file offsets the library opens with fopen64.
+        const char *fopen_name = ketest::imports(path_.c_str(), "fopen64") ? "fopen64" : "fopen";
+        hook(fopen_name, reinterpret_cast<void *>(hook_fopen), g_next.fopen);
         hook("ke_os_malloc", reinterpret_cast<void *>(hook_os_malloc), g_next.os_malloc);
         hook("ke_os_free", reinterpret_cast<void *>(hook_os_free), g_next.os_free);
         hook("malloc", reinterpret_cast<void *>(hook_malloc), g_next.malloc);
@@ -1495,10 +1520,11 @@ std::vector<uint8_t> bytes_of_ctx()
     return std::vector<uint8_t>(b, b + sizeof g_ctx);
 }
 
-Outcome run(const Row &row, const Fault *fault)
+Outcome run(const Row &row, const Fault *fault, bool gate_open = true)
 {
     Outcome r;
     world();
+    kestub::log_set(gate_open);
     r.error = g_lib->open();
     if (!r.error.empty()) {
         g_lib->close();
@@ -1664,6 +1690,34 @@ std::string describe(const Site &s)
     return ::testing::AssertionSuccess();
 }
 
+// The "[name(line)" that opens the first output line carrying text, or "".
+std::string traced_at(const std::string &printed, const std::string &text)
+{
+    size_t at = printed.find(text);
+    if (at == std::string::npos)
+        return "";
+    size_t start = printed.rfind('\n', at);
+    start = start == std::string::npos ? 0 : start + 1;
+    size_t end = printed.find(')', start);
+    return end == std::string::npos || end > at ? "" : printed.substr(start, end - start + 1);
+}
+
+// With the log gate closed a traced failure prints no trace, and the
+// function does exactly what it did with the gate open.
+::testing::AssertionResult same_with_gate_closed(const Outcome &open, const Outcome &closed,
+                                                 const Site &s)
+{
+    const std::string code = hex(injected_code(s.kind));
+    if (closed.status != open.status || closed.ops.size() != open.ops.size())
+        return ::testing::AssertionFailure()
+               << "with the log gate closed: status " << hex(closed.status) << " after "
+               << closed.ops.size() << " operations";
+    if (closed.printed.find(code) != std::string::npos)
+        return ::testing::AssertionFailure()
+               << "traced with the log gate closed: " << closed.printed;
+    return ::testing::AssertionSuccess();
+}
+
 struct Tally {
     std::set<std::string> functions;
     unsigned rows = 0;
@@ -1702,7 +1756,6 @@ protected:
     {
         delete g_lib;
         g_lib = nullptr;
-        std::remove(kScratchFile);
         kestub::reset();
     }
 };
@@ -1730,6 +1783,8 @@ TEST_F(FaultSweep, EveryFailureSiteOfEveryExportedFunction)
         for (const Op &op : clean.ops)
             EXPECT_FALSE(op.failed) << "clean run: [" << op.label << "] failed";
 
+        // Each failure site traces its own source line.
+        std::map<std::string, std::string> site_of_line;
         unsigned nth[kKinds] = {};
         for (size_t pos = 0; pos < clean.ops.size(); ++pos) {
             const Op &op = clean.ops[pos];
@@ -1754,9 +1809,17 @@ TEST_F(FaultSweep, EveryFailureSiteOfEveryExportedFunction)
                                                   : e.status;
             bool ok = r.status == want;
             EXPECT_EQ(hex(r.status), hex(want)) << "status";
-            ::testing::AssertionResult checks[] = {
+            std::vector<::testing::AssertionResult> checks = {
                 flow_as_expected(clean, r, site, e), untouched_outside(r, e.written),
                 trace_as_expected(r, site, e), heap_given_back(r)};
+            if (e.trace == Trace::kCode) {
+                checks.push_back(same_with_gate_closed(r, run(row, &fault, false), site));
+                const std::string line = traced_at(r.printed, hex(injected_code(site.kind)));
+                auto seen = site_of_line.emplace(line, describe(site));
+                if (!line.empty() && !seen.second)
+                    checks.push_back(::testing::AssertionFailure()
+                                     << "traced at " << line << "], as " << seen.first->second);
+            }
             for (const auto &check : checks) {
                 ok &= static_cast<bool>(check);
                 EXPECT_TRUE(check);

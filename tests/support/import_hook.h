@@ -16,41 +16,27 @@
 
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 namespace ketest {
-
-#if defined(__LP64__)
-#define KE_ELF_R_SYM(info) ELF64_R_SYM(info)
-#else
-#define KE_ELF_R_SYM(info) ELF32_R_SYM(info)
-#endif
-
 namespace import_hook_detail {
 
-struct Object {
+#if defined(__LP64__)
+inline size_t sym_of(ElfW(Xword) info) { return ELF64_R_SYM(info); }
+#else
+inline size_t sym_of(ElfW(Word) info) { return ELF32_R_SYM(info); }
+#endif
+
+// The relocations of one loaded object, as its dynamic section gives them.
+struct Relocations {
     const char *path_part;
     ElfW(Addr) base = 0;
-    const ElfW(Dyn) *dynamic = nullptr;
+    const ElfW(Sym) *symtab = nullptr;
+    const char *strtab = nullptr;
+    uintptr_t rel = 0, rela = 0, jmprel = 0;
+    size_t relsz = 0, relasz = 0, pltrelsz = 0;
+    bool plt_is_rela = false;
     bool found = false;
 };
-
-inline int find_object(dl_phdr_info *info, size_t, void *data)
-{
-    auto *obj = static_cast<Object *>(data);
-    if (info->dlpi_name == nullptr || std::strstr(info->dlpi_name, obj->path_part) == nullptr)
-        return 0;
-    for (ElfW(Half) i = 0; i < info->dlpi_phnum; ++i) {
-        if (info->dlpi_phdr[i].p_type == PT_DYNAMIC) {
-            obj->base = info->dlpi_addr;
-            obj->dynamic =
-                reinterpret_cast<const ElfW(Dyn) *>(info->dlpi_addr + info->dlpi_phdr[i].p_vaddr);
-            obj->found = true;
-            return 1;
-        }
-    }
-    return 0;
-}
 
 // The loader relocates most address entries of the dynamic section in
 // place; where it does not, they are still offsets from the load address.
@@ -59,40 +45,107 @@ inline uintptr_t dyn_address(ElfW(Addr) base, ElfW(Addr) ptr)
     return ptr < base ? base + ptr : ptr;
 }
 
-// Rewrites one slot from target to replacement, keeping any addend.
+inline int read_dynamic(dl_phdr_info *info, size_t, void *data)
+{
+    auto *r = static_cast<Relocations *>(data);
+    if (info->dlpi_name == nullptr || std::strstr(info->dlpi_name, r->path_part) == nullptr)
+        return 0;
+    const ElfW(Dyn) *dyn = nullptr;
+    for (ElfW(Half) i = 0; i < info->dlpi_phnum; ++i)
+        if (info->dlpi_phdr[i].p_type == PT_DYNAMIC)
+            dyn = reinterpret_cast<const ElfW(Dyn) *>(info->dlpi_addr + info->dlpi_phdr[i].p_vaddr);
+    if (dyn == nullptr)
+        return 0;
+    r->base = info->dlpi_addr;
+    for (; dyn->d_tag != DT_NULL; ++dyn) {
+        const uintptr_t ptr = dyn_address(r->base, dyn->d_un.d_ptr);
+        switch (dyn->d_tag) {
+            case DT_SYMTAB:
+                r->symtab = reinterpret_cast<const ElfW(Sym) *>(ptr);
+                break;
+            case DT_STRTAB:
+                r->strtab = reinterpret_cast<const char *>(ptr);
+                break;
+            case DT_REL:
+                r->rel = ptr;
+                break;
+            case DT_RELA:
+                r->rela = ptr;
+                break;
+            case DT_JMPREL:
+                r->jmprel = ptr;
+                break;
+            case DT_RELSZ:
+                r->relsz = dyn->d_un.d_val;
+                break;
+            case DT_RELASZ:
+                r->relasz = dyn->d_un.d_val;
+                break;
+            case DT_PLTRELSZ:
+                r->pltrelsz = dyn->d_un.d_val;
+                break;
+            case DT_PLTREL:
+                r->plt_is_rela = dyn->d_un.d_val == DT_RELA;
+                break;
+            default:
+                break;
+        }
+    }
+    r->found = r->symtab != nullptr && r->strtab != nullptr;
+    return 1;
+}
+
+// Calls visit(slot address) for every relocation of the object at path_part
+// that names the symbol name; answers how many visits returned true.
+template <class Visit>
+inline int for_each_slot(const char *path_part, const char *name, Visit visit)
+{
+    Relocations r{path_part};
+    dl_iterate_phdr(read_dynamic, &r);
+    if (!r.found)
+        return 0;
+    int done = 0;
+    auto walk = [&](auto *table, size_t bytes) {
+        for (size_t i = 0; table != nullptr && i < bytes / sizeof *table; ++i) {
+            size_t sym = sym_of(table[i].r_info);
+            if (sym != 0 && std::strcmp(r.strtab + r.symtab[sym].st_name, name) == 0 &&
+                visit(r.base + table[i].r_offset))
+                ++done;
+        }
+    };
+    walk(reinterpret_cast<const ElfW(Rel) *>(r.rel), r.relsz);
+    walk(reinterpret_cast<const ElfW(Rela) *>(r.rela), r.relasz);
+    if (r.plt_is_rela)
+        walk(reinterpret_cast<const ElfW(Rela) *>(r.jmprel), r.pltrelsz);
+    else
+        walk(reinterpret_cast<const ElfW(Rel) *>(r.jmprel), r.pltrelsz);
+    return done;
+}
+
+// Rewrites one slot bound to target so that it holds replacement, keeping
+// any addend; a slot that holds something else is left alone.
 inline bool rewrite(uintptr_t slot_addr, uintptr_t target, uintptr_t replacement)
 {
     auto *slot = reinterpret_cast<uintptr_t *>(slot_addr);
-    uintptr_t addend = *slot - target;
-    if (addend > 4096)  // not a slot bound to target: leave it alone
+    const uintptr_t addend = *slot - target;
+    if (addend > 4096)
         return false;
     const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
-    uintptr_t start = slot_addr & ~(page - 1);
-    uintptr_t end = (slot_addr + sizeof(uintptr_t) + page - 1) & ~(page - 1);
+    const uintptr_t start = slot_addr & ~(page - 1);
+    const uintptr_t end = (slot_addr + sizeof(uintptr_t) + page - 1) & ~(page - 1);
     if (mprotect(reinterpret_cast<void *>(start), end - start, PROT_READ | PROT_WRITE) != 0)
         return false;
     *slot = replacement + addend;
     return true;
 }
 
-template <class Rel>
-inline int rewrite_table(uintptr_t table, size_t bytes, const ElfW(Sym) * symtab,
-                         const char *strtab, const char *name, uintptr_t target,
-                         uintptr_t replacement, ElfW(Addr) base)
-{
-    int done = 0;
-    const auto *rel = reinterpret_cast<const Rel *>(table);
-    for (size_t i = 0; i < bytes / sizeof(Rel); ++i) {
-        size_t sym = KE_ELF_R_SYM(rel[i].r_info);
-        if (sym == 0 || std::strcmp(strtab + symtab[sym].st_name, name) != 0)
-            continue;
-        if (rewrite(base + rel[i].r_offset, target, replacement))
-            ++done;
-    }
-    return done;
-}
-
 }  // namespace import_hook_detail
+
+// True when the loaded object whose path contains path_part imports name.
+inline bool imports(const char *path_part, const char *name)
+{
+    return import_hook_detail::for_each_slot(path_part, name, [](uintptr_t) { return true; }) > 0;
+}
 
 // In the loaded object whose path contains path_part, makes every use of
 // the imported function name go to replacement.  Answers the function the
@@ -100,69 +153,13 @@ inline int rewrite_table(uintptr_t table, size_t bytes, const ElfW(Sym) * symtab
 // object is not loaded or does not import name.
 inline void *redirect_import(const char *path_part, const char *name, void *replacement)
 {
-    using namespace import_hook_detail;
-    Object obj{path_part};
-    dl_iterate_phdr(find_object, &obj);
     void *target = dlsym(RTLD_DEFAULT, name);
-    if (!obj.found || target == nullptr)
+    if (target == nullptr)
         return nullptr;
-
-    const ElfW(Sym) *symtab = nullptr;
-    const char *strtab = nullptr;
-    uintptr_t rel = 0, rela = 0, jmprel = 0;
-    size_t relsz = 0, relasz = 0, pltrelsz = 0;
-    ElfW(Sxword) pltrel = 0;
-    for (const ElfW(Dyn) *d = obj.dynamic; d->d_tag != DT_NULL; ++d) {
-        switch (d->d_tag) {
-            case DT_SYMTAB:
-                symtab = reinterpret_cast<const ElfW(Sym) *>(dyn_address(obj.base, d->d_un.d_ptr));
-                break;
-            case DT_STRTAB:
-                strtab = reinterpret_cast<const char *>(dyn_address(obj.base, d->d_un.d_ptr));
-                break;
-            case DT_REL:
-                rel = dyn_address(obj.base, d->d_un.d_ptr);
-                break;
-            case DT_RELSZ:
-                relsz = d->d_un.d_val;
-                break;
-            case DT_RELA:
-                rela = dyn_address(obj.base, d->d_un.d_ptr);
-                break;
-            case DT_RELASZ:
-                relasz = d->d_un.d_val;
-                break;
-            case DT_JMPREL:
-                jmprel = dyn_address(obj.base, d->d_un.d_ptr);
-                break;
-            case DT_PLTRELSZ:
-                pltrelsz = d->d_un.d_val;
-                break;
-            case DT_PLTREL:
-                pltrel = d->d_un.d_val;
-                break;
-            default:
-                break;
-        }
-    }
-    if (symtab == nullptr || strtab == nullptr)
-        return nullptr;
-
     const auto t = reinterpret_cast<uintptr_t>(target);
     const auto r = reinterpret_cast<uintptr_t>(replacement);
-    int done = 0;
-    if (rel != 0)
-        done += rewrite_table<ElfW(Rel)>(rel, relsz, symtab, strtab, name, t, r, obj.base);
-    if (rela != 0)
-        done += rewrite_table<ElfW(Rela)>(rela, relasz, symtab, strtab, name, t, r, obj.base);
-    if (jmprel != 0) {
-        if (pltrel == DT_RELA)
-            done +=
-                rewrite_table<ElfW(Rela)>(jmprel, pltrelsz, symtab, strtab, name, t, r, obj.base);
-        else
-            done +=
-                rewrite_table<ElfW(Rel)>(jmprel, pltrelsz, symtab, strtab, name, t, r, obj.base);
-    }
+    int done = import_hook_detail::for_each_slot(
+        path_part, name, [&](uintptr_t slot) { return import_hook_detail::rewrite(slot, t, r); });
     return done > 0 ? target : nullptr;
 }
 
