@@ -49,6 +49,7 @@
 #include "ke_omci_tapi/voip_wan.h"
 #include "../src/mc/param_dump.h"
 #include "import_hook.h"
+#include "private_scratch.h"
 #include "platform.h"
 #include "stub_test.h"
 
@@ -60,12 +61,9 @@ constexpr uint32_t kTableFailure = 0x72300011;
 constexpr int kCopyFailure = 406;   // the Annex K library's "no space" code
 constexpr int kShellFailure = 256;  // exit status 1, as system() reports it
 
-// The library reads uci's output through this one fixed file; in the copy
-// under test it is redirected to a file of this program's own, so that
-// suites running at the same time (in this tree or another) never meet.
-constexpr char kScratchFile[] = "/tmp/tmp_uci_value";
+// The library reads uci's output through one fixed file; in the copy under
+// test it is a file of this program's own (private_scratch.h).
 constexpr char kRedirect[] = " > /tmp/tmp_uci_value";
-std::string g_scratch;
 
 // ---- Back-end operations -----------------------------------------------
 
@@ -122,8 +120,6 @@ struct Next {
     decltype(&igdCmConfGetAllEntry) cm_all;
     decltype(&igdCmOamCtrl) oam;
     int (*system)(const char *);
-    FILE *(*fopen)(const char *, const char *);
-    int (*unlink)(const char *);
     decltype(&ke_os_malloc) os_malloc;
     decltype(&ke_os_free) os_free;
     void *(*malloc)(size_t);
@@ -202,18 +198,6 @@ uint32_t hook_cm_all(uint32_t table, void *buf, uint32_t size, uint32_t count)
 
 uint32_t hook_oam(uint32_t code) { return forward(Kind::kTable, "OamCtrl", g_next.oam, code); }
 
-const char *scratch_path(const char *path)
-{
-    return path != nullptr && std::strcmp(path, kScratchFile) == 0 ? g_scratch.c_str() : path;
-}
-
-FILE *hook_fopen(const char *path, const char *mode)
-{
-    return g_next.fopen(scratch_path(path), mode);
-}
-
-int hook_unlink(const char *path) { return g_next.unlink(scratch_path(path)); }
-
 // A failing command still has its output redirected: the shell empties
 // the scratch file before the command fails.
 int hook_system(const char *command)
@@ -223,7 +207,7 @@ int hook_system(const char *command)
     std::string text = command;
     if (text.size() > std::strlen(kRedirect) &&
         text.compare(text.size() - std::strlen(kRedirect), std::string::npos, kRedirect) == 0)
-        std::ofstream(g_scratch, std::ios::trunc);
+        std::ofstream(ketest::private_scratch_file(), std::ios::trunc);
     return kShellFailure;
 }
 
@@ -339,12 +323,12 @@ int fake_uci(const char *command)
     std::string key = command;
     std::ofstream scratch;
     if (cut(key, "uci -q get ", kRedirect)) {
-        scratch.open(g_scratch, std::ios::trunc);
+        scratch.open(ketest::private_scratch_file(), std::ios::trunc);
         auto it = g_uci.find(key);
         if (it != g_uci.end())
             scratch << it->second << "\n";
     } else if (cut(key, "uci -q add ", kRedirect)) {
-        scratch.open(g_scratch, std::ios::trunc);
+        scratch.open(ketest::private_scratch_file(), std::ios::trunc);
         char name[16];
         std::snprintf(name, sizeof name, "cfg%02x%04x", ++g_uci_added, 0xbeefu);
         scratch << name << "\n";
@@ -366,7 +350,6 @@ public:
             return;
         ::close(fd);
         path_ = name;
-        g_scratch = path_ + ".uci";
         std::ifstream in(KE_LIBRARY_PATH, std::ios::binary);
         std::ofstream(path_, std::ios::binary) << in.rdbuf();
     }
@@ -375,7 +358,7 @@ public:
         close();
         if (!path_.empty()) {
             unlink(path_.c_str());
-            unlink(g_scratch.c_str());
+            unlink((path_ + ".uci").c_str());
         }
     }
     Library(const Library &) = delete;
@@ -406,10 +389,8 @@ public:
         hook("igdCmConfGetAllEntry", reinterpret_cast<void *>(hook_cm_all), g_next.cm_all);
         hook("igdCmOamCtrl", reinterpret_cast<void *>(hook_oam), g_next.oam);
         hook("system", reinterpret_cast<void *>(hook_system), g_next.system);
-        hook("unlink", reinterpret_cast<void *>(hook_unlink), g_next.unlink);
-        // Built with 64-bit file offsets the library opens with fopen64.
-        const char *fopen_name = ketest::imports(path_.c_str(), "fopen64") ? "fopen64" : "fopen";
-        hook(fopen_name, reinterpret_cast<void *>(hook_fopen), g_next.fopen);
+        if (!ketest::use_private_scratch(path_.c_str(), path_ + ".uci"))
+            missing += " fopen unlink";
         hook("ke_os_malloc", reinterpret_cast<void *>(hook_os_malloc), g_next.os_malloc);
         hook("ke_os_free", reinterpret_cast<void *>(hook_os_free), g_next.os_free);
         hook("malloc", reinterpret_cast<void *>(hook_malloc), g_next.malloc);
