@@ -95,8 +95,9 @@ inline int read_dynamic(dl_phdr_info *info, size_t, void *data)
     return 1;
 }
 
-// Calls visit(slot address) for every relocation of the object at path_part
-// that names the symbol name; answers how many visits returned true.
+// Calls visit(slot address, in the PLT) for every relocation of the object
+// at path_part that names the symbol name; answers how many visits
+// returned true.
 template <class Visit>
 inline int for_each_slot(const char *path_part, const char *name, Visit visit)
 {
@@ -105,29 +106,31 @@ inline int for_each_slot(const char *path_part, const char *name, Visit visit)
     if (!r.found)
         return 0;
     int done = 0;
-    auto walk = [&](auto *table, size_t bytes) {
+    auto walk = [&](auto *table, size_t bytes, bool plt) {
         for (size_t i = 0; table != nullptr && i < bytes / sizeof *table; ++i) {
             size_t sym = sym_of(table[i].r_info);
             if (sym != 0 && std::strcmp(r.strtab + r.symtab[sym].st_name, name) == 0 &&
-                visit(r.base + table[i].r_offset))
+                visit(r.base + table[i].r_offset, plt))
                 ++done;
         }
     };
-    walk(reinterpret_cast<const ElfW(Rel) *>(r.rel), r.relsz);
-    walk(reinterpret_cast<const ElfW(Rela) *>(r.rela), r.relasz);
+    walk(reinterpret_cast<const ElfW(Rel) *>(r.rel), r.relsz, false);
+    walk(reinterpret_cast<const ElfW(Rela) *>(r.rela), r.relasz, false);
     if (r.plt_is_rela)
-        walk(reinterpret_cast<const ElfW(Rela) *>(r.jmprel), r.pltrelsz);
+        walk(reinterpret_cast<const ElfW(Rela) *>(r.jmprel), r.pltrelsz, true);
     else
-        walk(reinterpret_cast<const ElfW(Rel) *>(r.jmprel), r.pltrelsz);
+        walk(reinterpret_cast<const ElfW(Rel) *>(r.jmprel), r.pltrelsz, true);
     return done;
 }
 
-// Rewrites one slot bound to target so that it holds replacement, keeping
-// any addend; a slot that holds something else is left alone.
-inline bool rewrite(uintptr_t slot_addr, uintptr_t target, uintptr_t replacement)
+// Rewrites one slot so that it holds replacement.  A PLT slot holds the
+// function's address alone (or, not yet bound, the lazy binder's stub); a
+// data slot bound to target keeps its addend, and one that holds something
+// else is left alone.
+inline bool rewrite(uintptr_t slot_addr, bool plt, uintptr_t target, uintptr_t replacement)
 {
     auto *slot = reinterpret_cast<uintptr_t *>(slot_addr);
-    const uintptr_t addend = *slot - target;
+    const uintptr_t addend = plt ? 0 : *slot - target;
     if (addend > 4096)
         return false;
     const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
@@ -144,7 +147,8 @@ inline bool rewrite(uintptr_t slot_addr, uintptr_t target, uintptr_t replacement
 // True when the loaded object whose path contains path_part imports name.
 inline bool imports(const char *path_part, const char *name)
 {
-    return import_hook_detail::for_each_slot(path_part, name, [](uintptr_t) { return true; }) > 0;
+    return import_hook_detail::for_each_slot(path_part, name,
+                                             [](uintptr_t, bool) { return true; }) > 0;
 }
 
 // In the loaded object whose path contains path_part, makes every use of
@@ -158,8 +162,9 @@ inline void *redirect_import(const char *path_part, const char *name, void *repl
         return nullptr;
     const auto t = reinterpret_cast<uintptr_t>(target);
     const auto r = reinterpret_cast<uintptr_t>(replacement);
-    int done = import_hook_detail::for_each_slot(
-        path_part, name, [&](uintptr_t slot) { return import_hook_detail::rewrite(slot, t, r); });
+    int done = import_hook_detail::for_each_slot(path_part, name, [&](uintptr_t slot, bool plt) {
+        return import_hook_detail::rewrite(slot, plt, t, r);
+    });
     return done > 0 ? target : nullptr;
 }
 
