@@ -1644,17 +1644,47 @@ std::string describe(const Site &s)
     return ::testing::AssertionSuccess();
 }
 
+// The whole output line (with its line feed) that first carries text.
+std::string line_with(const std::string &printed, const std::string &text)
+{
+    size_t at = printed.find(text);
+    if (at == std::string::npos)
+        return "";
+    size_t start = printed.rfind('\n', at);
+    start = start == std::string::npos ? 0 : start + 1;
+    size_t end = printed.find('\n', at);
+    return printed.substr(start, end == std::string::npos ? end : end - start + 1);
+}
+
+// format with its "%s" replaced by the name that opens line.
+std::string wan_form_of(const std::string &line, const char *format)
+{
+    size_t open = line.find('(');
+    std::string name = line.size() > 1 && open != std::string::npos ? line.substr(1, open - 1) : "";
+    std::string out = format;
+    out.replace(out.find("%s"), 2, name);
+    return out;
+}
+
 ::testing::AssertionResult trace_as_expected(const Outcome &r, const Site &s, const Expect &e)
 {
     const std::string code = hex(injected_code(s.kind));
     switch (e.trace) {
         case Trace::kNone:
             break;
-        case Trace::kCode:
-            if (r.printed.find(code) == std::string::npos)
+        case Trace::kCode: {
+            // The failed-call line, or the VoIP WAN set's own form of it.
+            const std::string line = line_with(r.printed, code);
+            std::string func;
+            int at = 0;
+            char wan_form[160];
+            std::snprintf(wan_form, sizeof wan_form, "[%%s(%%d)][INFO]:i_ret =%s\n", code.c_str());
+            if (!ketest::parse_info_line(line, &func, &at, injected_code(s.kind)) &&
+                !ketest::matches_at_line(line, wan_form_of(line, wan_form)))
                 return ::testing::AssertionFailure()
-                       << "no trace of " << code << " in: " << r.printed;
+                       << "no failed-call line with " << code << " in: " << r.printed;
             break;
+        }
         case Trace::kSilent:
             if (r.printed.find(code) != std::string::npos)
                 return ::testing::AssertionFailure() << "traced " << code << ": " << r.printed;
@@ -1674,13 +1704,8 @@ std::string describe(const Site &s)
 // The "[name(line)" that opens the first output line carrying text, or "".
 std::string traced_at(const std::string &printed, const std::string &text)
 {
-    size_t at = printed.find(text);
-    if (at == std::string::npos)
-        return "";
-    size_t start = printed.rfind('\n', at);
-    start = start == std::string::npos ? 0 : start + 1;
-    size_t end = printed.find(')', start);
-    return end == std::string::npos || end > at ? "" : printed.substr(start, end - start + 1);
+    const std::string line = line_with(printed, text);
+    return line.substr(0, line.find(')') + 1);
 }
 
 // With the log gate closed a traced failure prints no trace, and the
