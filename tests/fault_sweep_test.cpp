@@ -19,7 +19,6 @@
 // The library's platform calls are redirected, in that copy only, through
 // the recorder below; the program does not link the library itself.
 #include <dlfcn.h>
-#include <elf.h>
 #include <link.h>
 #include <unistd.h>
 
@@ -28,11 +27,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -48,6 +45,7 @@
 #include "ke_omci_tapi/voip.h"
 #include "ke_omci_tapi/voip_wan.h"
 #include "../src/mc/param_dump.h"
+#include "export_lists.h"
 #include "import_hook.h"
 #include "private_scratch.h"
 #include "platform.h"
@@ -1731,30 +1729,6 @@ struct Tally {
     unsigned checked[kKinds] = {};
 };
 
-// The family of each exported name: the export list that names it.
-std::map<std::string, std::string> families()
-{
-    std::map<std::string, std::string> family;
-    DIR *dir = opendir(KE_EXPORTS_DIR);
-    if (dir == nullptr)
-        return family;
-    while (const dirent *entry = readdir(dir)) {
-        std::string file = entry->d_name;
-        if (file.size() < 4 || file.compare(file.size() - 4, 4, ".txt") != 0)
-            continue;
-        std::ifstream in(std::string(KE_EXPORTS_DIR) + "/" + file);
-        std::string line;
-        while (std::getline(in, line)) {
-            std::istringstream words(line.substr(0, line.find('#')));
-            std::string name;
-            if (words >> name)
-                family[name] = file.substr(0, file.size() - 4);
-        }
-    }
-    closedir(dir);
-    return family;
-}
-
 class FaultSweep : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { g_lib = new Library; }
@@ -1769,7 +1743,7 @@ protected:
 TEST_F(FaultSweep, EveryFailureSiteOfEveryExportedFunction)
 {
     std::map<std::string, Tally> by_family;
-    const std::map<std::string, std::string> family = families();
+    const std::map<std::string, std::string> family = ketest::exported_names(KE_EXPORTS_DIR);
     Tally all;
 
     for (const Row &row : kRows) {
@@ -1951,15 +1925,8 @@ TEST_F(FaultSweep, EveryExportedFunctionHasARow)
 {
     world();
     ASSERT_EQ(g_lib->open(), "");
-    std::set<std::string> functions;
-    for (const auto &f : families()) {
-        void *addr = g_lib->symbol(f.first.c_str());
-        Dl_info info;
-        void *sym = nullptr;
-        if (addr == nullptr || dladdr1(addr, &info, &sym, RTLD_DL_SYMENT) == 0 || sym == nullptr ||
-            ELF32_ST_TYPE(static_cast<const ElfW(Sym) *>(sym)->st_info) == STT_FUNC)
-            functions.insert(f.first);
-    }
+    const std::set<std::string> functions = ketest::exported_functions(
+        KE_EXPORTS_DIR, [](const char *name) { return g_lib->symbol(name); });
     g_lib->close();
     ASSERT_FALSE(functions.empty()) << "no export lists in " KE_EXPORTS_DIR;
     std::set<std::string> rows;
