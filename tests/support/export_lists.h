@@ -9,6 +9,8 @@
 #include <elf.h>
 #include <link.h>
 
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <map>
 #include <set>
@@ -61,6 +63,24 @@ inline std::set<std::string> exported_functions(const std::string &dir, Lookup l
             names.insert(listed.first);
     }
     return names;
+}
+
+// Every exported function has a row, and every row names one.
+inline ::testing::AssertionResult one_row_each(const std::set<std::string> &functions,
+                                               const std::set<std::string> &rows)
+{
+    std::string wrong;
+    if (functions.empty())
+        wrong = " no exported function found;";
+    for (const std::string &name : functions)
+        if (rows.count(name) == 0)
+            wrong += " " + name + " has no row;";
+    for (const std::string &name : rows)
+        if (functions.count(name) == 0)
+            wrong += " " + name + " is not an exported function;";
+    if (wrong.empty())
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << wrong;
 }
 
 }  // namespace ketest
