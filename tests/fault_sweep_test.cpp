@@ -797,11 +797,6 @@ constexpr Expect kGoesOn(uint32_t status = kClean, unsigned skip = 0, Region wri
 {
     return {status, skip, false, Trace::kNone, written};
 }
-// Goes on with only the next n operations of the clean run.
-constexpr Expect kCutAfter(int n, uint32_t status = kClean)
-{
-    return {status, 0, false, Trace::kNone, kAnything, n};
-}
 
 struct Site {
     Kind kind;
@@ -814,39 +809,39 @@ struct Site {
 Expect rule_expect(Rule rule, const Site &site)
 {
     switch (site.kind) {
-        case Kind::kRemote:
-        case Kind::kTable:
-            switch (rule) {
-                case Rule::kTraced:
-                    return kStop(1, Trace::kCode);
-                case Rule::kSilent:
-                    return kStop(1, Trace::kSilent);
-                case Rule::kPassed:
-                    return kStop(kInjected, Trace::kSilent);
-                case Rule::kZero:
-                    return kStop(0);
-                case Rule::kErrorWord:
-                    return kStop(0x70000000);
-                case Rule::kShell:
-                case Rule::kNone:
-                    break;
-            }
-            return kStop(kNoRule);
-        case Kind::kCopy: {
-            // A failed copy is printed (except sprintf_s, whose result nobody
-            // reads) and the function goes on.
-            Expect e = kGoesOn();
-            if (site.label.rfind("sprintf_s", 0) != 0)
-                e.trace = Trace::kCopyLine;
-            return e;
-        }
-        case Kind::kShell:
-            if (rule == Rule::kShell)
-                return {0xFFFFFFFF, 0, true, Trace::kNone, kAnything};
-            return kGoesOn();  // no command's exit status is examined
-        case Kind::kOsHeap:
-        case Kind::kCHeap:
+    case Kind::kRemote:
+    case Kind::kTable:
+        switch (rule) {
+        case Rule::kTraced:
+            return kStop(1, Trace::kCode);
+        case Rule::kSilent:
+            return kStop(1, Trace::kSilent);
+        case Rule::kPassed:
+            return kStop(kInjected, Trace::kSilent);
+        case Rule::kZero:
+            return kStop(0);
+        case Rule::kErrorWord:
+            return kStop(0x70000000);
+        case Rule::kShell:
+        case Rule::kNone:
             break;
+        }
+        return kStop(kNoRule);
+    case Kind::kCopy: {
+        // A failed copy is printed (except sprintf_s, whose result nobody
+        // reads) and the function goes on.
+        Expect e = kGoesOn();
+        if (site.label.rfind("sprintf_s", 0) != 0)
+            e.trace = Trace::kCopyLine;
+        return e;
+    }
+    case Kind::kShell:
+        if (rule == Rule::kShell)
+            return {0xFFFFFFFF, 0, true, Trace::kNone, kAnything};
+        return kGoesOn();  // no command's exit status is examined
+    case Kind::kOsHeap:
+    case Kind::kCHeap:
+        break;
     }
     return kStop(kNoRule);
 }
@@ -979,12 +974,12 @@ Expect init_sites(const Site &s, Expect e)
     if (s.kind != Kind::kTable)
         return e;
     switch ((s.nth - 1) % 4) {
-        case 1:
-            return kGoesOn(kClean, 2);  // no read, no writes
-        case 2:
-            return kGoesOn(kClean, 1);  // the second write is not made
-        default:
-            return kGoesOn(kClean);
+    case 1:
+        return kGoesOn(kClean, 2);  // no read, no writes
+    case 2:
+        return kGoesOn(kClean, 1);  // the second write is not made
+    default:
+        return kGoesOn(kClean);
     }
 }
 
@@ -1516,20 +1511,20 @@ Outcome run(const Row &row, const Fault *fault, bool gate_open = true)
 
     if (fault != nullptr) {
         switch (fault->kind) {
-            case Kind::kRemote:
-                kestub::ipc_fail_nth(fault->nth, kRemoteFailure);
-                break;
-            case Kind::kTable:
-                kestub::cm_fail_nth(fault->nth, kTableFailure);
-                break;
-            case Kind::kOsHeap:
-                kestub::os_fail_malloc(fault->nth);
-                break;
-            default:
-                g_rec.inject = true;
-                g_rec.fail_kind = fault->kind;
-                g_rec.fail_nth = fault->nth;
-                break;
+        case Kind::kRemote:
+            kestub::ipc_fail_nth(fault->nth, kRemoteFailure);
+            break;
+        case Kind::kTable:
+            kestub::cm_fail_nth(fault->nth, kTableFailure);
+            break;
+        case Kind::kOsHeap:
+            kestub::os_fail_malloc(fault->nth);
+            break;
+        default:
+            g_rec.inject = true;
+            g_rec.fail_kind = fault->kind;
+            g_rec.fail_nth = fault->nth;
+            break;
         }
     }
     g_rec.on = true;
@@ -1547,14 +1542,14 @@ Outcome run(const Row &row, const Fault *fault, bool gate_open = true)
 uint32_t injected_code(Kind kind)
 {
     switch (kind) {
-        case Kind::kRemote:
-            return kRemoteFailure;
-        case Kind::kTable:
-            return kTableFailure;
-        case Kind::kCopy:
-            return kCopyFailure;
-        default:
-            return 0;
+    case Kind::kRemote:
+        return kRemoteFailure;
+    case Kind::kTable:
+        return kTableFailure;
+    case Kind::kCopy:
+        return kCopyFailure;
+    default:
+        return 0;
     }
 }
 
@@ -1668,33 +1663,33 @@ std::string wan_form_of(const std::string &line, const char *format)
 {
     const std::string code = hex(injected_code(s.kind));
     switch (e.trace) {
-        case Trace::kNone:
-            break;
-        case Trace::kCode: {
-            // The failed-call line, or the VoIP WAN set's own form of it.
-            const std::string line = line_with(r.printed, code);
-            std::string func;
-            int at = 0;
-            char wan_form[160];
-            std::snprintf(wan_form, sizeof wan_form, "[%%s(%%d)][INFO]:i_ret =%s\n", code.c_str());
-            if (!ketest::parse_info_line(line, &func, &at, injected_code(s.kind)) &&
-                !ketest::matches_at_line(line, wan_form_of(line, wan_form)))
-                return ::testing::AssertionFailure()
-                       << "no failed-call line with " << code << " in: " << r.printed;
-            break;
-        }
-        case Trace::kSilent:
-            if (r.printed.find(code) != std::string::npos)
-                return ::testing::AssertionFailure() << "traced " << code << ": " << r.printed;
-            break;
-        case Trace::kCopyLine: {
-            std::string op = s.label.substr(0, s.label.find('('));
-            std::string line = op + " return[" + std::to_string(kCopyFailure) + "] failed \r\n";
-            if (r.printed.find(line) == std::string::npos)
-                return ::testing::AssertionFailure()
-                       << "no copy line \"" << line << "\" in: " << r.printed;
-            break;
-        }
+    case Trace::kNone:
+        break;
+    case Trace::kCode: {
+        // The failed-call line, or the VoIP WAN set's own form of it.
+        const std::string line = line_with(r.printed, code);
+        std::string func;
+        int at = 0;
+        char wan_form[160];
+        std::snprintf(wan_form, sizeof wan_form, "[%%s(%%d)][INFO]:i_ret =%s\n", code.c_str());
+        if (!ketest::parse_info_line(line, &func, &at, injected_code(s.kind)) &&
+            !ketest::matches_at_line(line, wan_form_of(line, wan_form)))
+            return ::testing::AssertionFailure()
+                   << "no failed-call line with " << code << " in: " << r.printed;
+        break;
+    }
+    case Trace::kSilent:
+        if (r.printed.find(code) != std::string::npos)
+            return ::testing::AssertionFailure() << "traced " << code << ": " << r.printed;
+        break;
+    case Trace::kCopyLine: {
+        std::string op = s.label.substr(0, s.label.find('('));
+        std::string line = op + " return[" + std::to_string(kCopyFailure) + "] failed \r\n";
+        if (r.printed.find(line) == std::string::npos)
+            return ::testing::AssertionFailure()
+                   << "no copy line \"" << line << "\" in: " << r.printed;
+        break;
+    }
     }
     return ::testing::AssertionSuccess();
 }

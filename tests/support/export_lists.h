@@ -57,8 +57,7 @@ inline std::set<std::string> exported_functions(const std::string &dir, Lookup l
         Dl_info info;
         void *sym = nullptr;
         // st_info holds the type in its low bits in both ELF classes.
-        if (addr == nullptr || dladdr1(addr, &info, &sym, RTLD_DL_SYMENT) == 0 ||
-            sym == nullptr ||
+        if (addr == nullptr || dladdr1(addr, &info, &sym, RTLD_DL_SYMENT) == 0 || sym == nullptr ||
             ELF32_ST_TYPE(static_cast<const ElfW(Sym) *>(sym)->st_info) == STT_FUNC)
             names.insert(listed.first);
     }

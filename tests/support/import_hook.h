@@ -60,35 +60,35 @@ inline int read_dynamic(dl_phdr_info *info, size_t, void *data)
     for (; dyn->d_tag != DT_NULL; ++dyn) {
         const uintptr_t ptr = dyn_address(r->base, dyn->d_un.d_ptr);
         switch (dyn->d_tag) {
-            case DT_SYMTAB:
-                r->symtab = reinterpret_cast<const ElfW(Sym) *>(ptr);
-                break;
-            case DT_STRTAB:
-                r->strtab = reinterpret_cast<const char *>(ptr);
-                break;
-            case DT_REL:
-                r->rel = ptr;
-                break;
-            case DT_RELA:
-                r->rela = ptr;
-                break;
-            case DT_JMPREL:
-                r->jmprel = ptr;
-                break;
-            case DT_RELSZ:
-                r->relsz = dyn->d_un.d_val;
-                break;
-            case DT_RELASZ:
-                r->relasz = dyn->d_un.d_val;
-                break;
-            case DT_PLTRELSZ:
-                r->pltrelsz = dyn->d_un.d_val;
-                break;
-            case DT_PLTREL:
-                r->plt_is_rela = dyn->d_un.d_val == DT_RELA;
-                break;
-            default:
-                break;
+        case DT_SYMTAB:
+            r->symtab = reinterpret_cast<const ElfW(Sym) *>(ptr);
+            break;
+        case DT_STRTAB:
+            r->strtab = reinterpret_cast<const char *>(ptr);
+            break;
+        case DT_REL:
+            r->rel = ptr;
+            break;
+        case DT_RELA:
+            r->rela = ptr;
+            break;
+        case DT_JMPREL:
+            r->jmprel = ptr;
+            break;
+        case DT_RELSZ:
+            r->relsz = dyn->d_un.d_val;
+            break;
+        case DT_RELASZ:
+            r->relasz = dyn->d_un.d_val;
+            break;
+        case DT_PLTRELSZ:
+            r->pltrelsz = dyn->d_un.d_val;
+            break;
+        case DT_PLTREL:
+            r->plt_is_rela = dyn->d_un.d_val == DT_RELA;
+            break;
+        default:
+            break;
         }
     }
     r->found = r->symtab != nullptr && r->strtab != nullptr;
