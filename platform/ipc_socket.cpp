@@ -206,7 +206,8 @@ void answer(int conn, const Listener &l)
     if (recv_bytes(conn, bytes.data(), bytes.size(), deadline) != Io::Done)
         return;
     ReplyHead reply{kIpcNoServer, static_cast<uint32_t>(bytes.size())};
-    if (l.name == name) {
+    // The whole name as sent: "name\0junk" is not name.
+    if (l.name == std::string(name, head.name_len)) {
         std::vector<uint8_t> request = bytes;
         void *buf = head.null_buf ? nullptr : bytes.data();
         serve_lock();
