@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -110,6 +111,18 @@ std::string expected_reply(const std::string &listener, const std::string &sent)
     return reply + payload;
 }
 
+// The first bytes of a reply, for the report.
+std::string hex(const std::string &bytes)
+{
+    std::string out;
+    char b[4];
+    for (size_t i = 0; i < bytes.size() && i < 32; ++i) {
+        std::snprintf(b, sizeof b, "%02x", static_cast<uint8_t>(bytes[i]));
+        out += b;
+    }
+    return out + (bytes.size() > 32 ? "..." : "");
+}
+
 int connect_to(const std::string &name)
 {
     sockaddr_un addr{};
@@ -182,9 +195,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     close(fd);
     std::string want = expected_reply(listener, sent);
     if (reply != want)
-        kefuzz::fail("ipc server", "reply of " + std::to_string(reply.size()) +
-                                       " bytes, expected " + std::to_string(want.size()) +
-                                       " (listener " + listener + ")");
+        kefuzz::fail("ipc server", "reply [" + hex(reply) + "], expected [" + hex(want) +
+                                       "] (listener " + listener + ")");
     if (open_fds() != g_fds)
         kefuzz::fail("ipc server", "descriptors left open");
     return 0;

@@ -110,7 +110,10 @@ const uci::Option *option_of(const Ref &ref, uci::Package *pkg)
     return s != nullptr ? s->find(ref.option) : nullptr;
 }
 
-void check(const std::vector<std::string> &args, int ret, const uci::Package &before)
+// before: the package the command worked on as read before it (loaded:
+// whether it could be read at all).
+void check(const std::vector<std::string> &args, int ret, const uci::Package &before,
+           bool loaded)
 {
     if (ret != 0 && ret != 1 && ret != -1)
         kefuzz::fail("uci command", "answered " + std::to_string(ret));
@@ -133,7 +136,7 @@ void check(const std::vector<std::string> &args, int ret, const uci::Package &be
         if (!load(args[1], &pkg) || pkg.sections.size() != before.sections.size() + 1 ||
             pkg.sections.back().type != args[2] || !pkg.sections.back().anonymous)
             kefuzz::fail("uci command", "section not added: " + args[2]);
-    } else if (cmd == "commit") {
+    } else if (cmd == "commit" && loaded) {
         uci::Package after;
         if (!load("network", &after) || describe(after) != describe(before))
             kefuzz::fail("uci command", "commit changed what reads show:\n" + describe(before) +
@@ -176,9 +179,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         std::string package = args.size() > 1 ? split(args[1], '.')[0] : "network";
         if (args[0] == "commit")
             package = "network";
-        load(package, &before);
+        bool loaded = load(package, &before);
         int ret = uci::run_command(g_ctx, args);
-        check(args, ret, before);
+        check(args, ret, before, loaded);
     }
     return 0;
 }

@@ -381,9 +381,12 @@ void toolkit(kefuzz::Input &in)
                               : omci_uci_add(text.c_str(), value.data(), size);
         const auto &cmds = kestub::shell_commands();
         if (ret == 0) {
-            if (cmds.size() != 1 || g_shell.answers.empty())
+            // A one-byte buffer holds no character: fgets then answers
+            // without reading, and so the read succeeds with "".
+            std::string answer = g_shell.answers.empty() ? "" : g_shell.answers[0];
+            if (cmds.size() != 1 || (answer.empty() && size != 1))
                 kefuzz::fail("uci toolkit", "a value without a command");
-            std::string want = read_back(g_shell.answers[0], static_cast<size_t>(size));
+            std::string want = read_back(answer, static_cast<size_t>(size));
             if (want != value.data())
                 kefuzz::fail("uci toolkit", "read back [" + std::string(value.data()) +
                                                 "], uci printed [" + want + "]");
