@@ -28,7 +28,9 @@ constexpr uint32_t kMagic = 0x6b654950;
 constexpr uint32_t kMaxNameLen = 96;
 constexpr char kEcho[] = "fuzz_echo";
 constexpr uint32_t kEchoNull = 0xE0;
-constexpr int kReplyWaitMs = 4000;
+// Far above the server's own deadline (one second here): only a server
+// that never answers, not a busy machine, runs into it.
+constexpr int kReplyWaitMs = 30000;
 
 // Flips every byte and answers the length: a reply the oracle can predict.
 uint32_t echo(void *buf, uint32_t len)

@@ -22,8 +22,10 @@ shift $((OPTIND - 1))
 targets=${*:-"served_calls uci_config uci_command voip_wan ipc_server omci_shell"}
 
 build=build/fuzz
-CC=clang CXX=clang++ scripts/build.sh "$build" -DCMAKE_BUILD_TYPE=Debug -DKE_FUZZ=ON \
-    -DKE_BUILD_TESTS=OFF >"$build.log" 2>&1 || { tail -40 "$build.log"; exit 1; }
+mkdir -p "$build"
+{ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DKE_FUZZ=ON \
+    -DKE_BUILD_TESTS=OFF && cmake --build "$build" -j"$(nproc)" --target fuzzers; } \
+    >"$build/build.log" 2>&1 || { tail -40 "$build/build.log"; exit 1; }
 
 failed=
 summary=
