@@ -11,6 +11,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -144,6 +145,8 @@ std::string exchange(int fd, const std::string &sent)
     size_t off = 0;
     while (off < sent.size()) {
         ssize_t n = send(fd, sent.data() + off, sent.size() - off, MSG_NOSIGNAL);
+        if (n < 0 && errno == EINTR)
+            continue;
         if (n <= 0)
             break;
         off += static_cast<size_t>(n);
@@ -155,10 +158,18 @@ std::string exchange(int fd, const std::string &sent)
     for (;;) {
         auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            kefuzz::fail("ipc server", "no end of the reply within the time-out");
+        // The fuzzer's own timer interrupts a wait now and then.
         pollfd pfd{fd, POLLIN, 0};
-        if (left.count() <= 0 || poll(&pfd, 1, static_cast<int>(left.count())) <= 0)
+        int ready = poll(&pfd, 1, static_cast<int>(left.count()));
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready <= 0)
             kefuzz::fail("ipc server", "no end of the reply within the time-out");
         ssize_t n = recv(fd, buf, sizeof buf, 0);
+        if (n < 0 && errno == EINTR)
+            continue;
         if (n <= 0)
             return reply;
         reply.append(buf, static_cast<size_t>(n));
