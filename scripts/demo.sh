@@ -160,7 +160,7 @@ check "scenario: every command ran and every expect held ($EXPECTS expects)" "$S
 case $FLAG_BEFORE in 01) SECTION=0 ;; *) SECTION=1 ;; esac
 FLAG_AFTER=$(boot_flag)
 check "boot flag switched to the section written" "$FLAG_AFTER" "0$SECTION"
-SECTION_FILE=$RUN/flash/section$SECTION.img
+SECTION_FILE=$RUN/flash/section$SECTION.bin
 SECTION_SHA=$(sha256sum <"$SECTION_FILE" 2>/dev/null | cut -d' ' -f1 || true)
 check "section $SECTION holds the image byte for byte (sha256)" "$SECTION_SHA" "$IMAGE_SHA"
 
@@ -179,7 +179,7 @@ check "service reload asked for, and only logged" "$RELOADS" "1"
 
 "$DUMP" --db "$RUN/cm.db" >"$RUN/cm-dump.out"
 MISSING=
-for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 825 826 834 \
+for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 826 834 \
          465 470 471 473 474 476 477 478; do
     grep -q "^table $t " "$RUN/cm-dump.out" || MISSING="$MISSING $t"
 done
