@@ -32,11 +32,10 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
     kefuzz::quiet_stdout();
     g_out = std::fopen("/dev/null", "w");
+    if (g_out == nullptr)
+        kefuzz::fail("omci shell", "cannot open /dev/null");
     // No served call of another process can be reached from here.
-    char tmpl[] = "/tmp/ke_fuzz_shell_XXXXXX";
-    if (g_out == nullptr || mkdtemp(tmpl) == nullptr)
-        kefuzz::fail("omci shell", "set-up");
-    setenv("KE_RUN_DIR", tmpl, 1);
+    setenv("KE_RUN_DIR", kefuzz::work_dir("fuzz_shell").c_str(), 1);
     return 0;
 }
 
