@@ -47,6 +47,17 @@ int shell_run(const char *command)
     return status;
 }
 
+bool is_plain_uci_command(std::string command)
+{
+    const std::string redirect = " > /tmp/tmp_uci_value";
+    if (command.size() > redirect.size() &&
+        command.compare(command.size() - redirect.size(), redirect.size(), redirect) == 0)
+        command.resize(command.size() - redirect.size());
+    return command.rfind("uci ", 0) == 0 &&
+           command.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                     "0123456789._@[]:=- ") == std::string::npos;
+}
+
 }  // namespace kestub
 
 extern "C" int system(const char *command)

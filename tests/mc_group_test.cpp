@@ -14,16 +14,11 @@ using ketest::ranges;
 using ketest::info;
 using ketest::record;
 using ketest::Records;
+using ketest::vlan;
+using ketest::vlan_list;
 constexpr uint32_t kNone = MC_VLAN_NONE;
 
 class McGroup : public ketest::McTest {};
-
-Bytes vlan_list(uint32_t port, std::array<uint32_t, MC_VLAN_MAX> slots)
-{
-    Bytes rec = record(48, {{8, port}, {44, 12}});
-    std::memcpy(rec.data() + 12, slots.data(), sizeof slots);
-    return rec;
-}
 
 Bytes member(uint32_t port, uint32_t vid) { return record(20, {{8, port}, {12, vid}, {16, 12}}); }
 
@@ -53,12 +48,6 @@ std::string vlan_lines(uint32_t port)
     std::string out = ketest::dump_port(port, &ret);
     size_t at = out.find("\nvlan [");
     return ret != 0 ? "refused" : at == std::string::npos ? "" : out.substr(at + 1);
-}
-
-uint32_t vlan(uint32_t (*fn)(const st_mc_vlan *), uint32_t port, uint32_t vid)
-{
-    st_mc_vlan v = {port, vid};
-    return fn(&v);
 }
 
 TEST_F(McGroup, VlanProcedureWritesEachVlanAsMemberOfThePortAndOfPortEight)
@@ -158,6 +147,45 @@ TEST_F(McGroup, FullRangeTableOrFullVlanListStillTakeTheRow)
     EXPECT_EQ(ke_omci_tapi_mc_table_set(&ninth), 0u);
     EXPECT_EQ(cm_ops(), (Ops{{CmOp::Get, 817}, {CmOp::Set, 817}}));
     EXPECT_EQ(vlan_lines(2), before);
+}
+
+// A row whose VLAN is the empty-slot mark finds that mark in the first
+// empty slot: its range is counted there, and uncounting it to 0 rewrites
+// the list without that VLAN, which changes no slot.
+TEST_F(McGroup, RowsWithTheEmptySlotMarkCountUnderTheFirstEmptySlot)
+{
+    ASSERT_EQ(vlan(ke_omci_tapi_mc_vlan_set, 0, 30), 0u);
+    kestub::reset();
+    ketest::preload_ports();
+    st_mc_table r = row(0, kNone, 0xA0);
+    EXPECT_EQ(ke_omci_tapi_mc_table_set(&r), 0u);
+    EXPECT_EQ(ke_omci_tapi_mc_table_set(&r), 0u);
+    EXPECT_EQ(cm_ops(),
+              (Ops{{CmOp::Get, 817}, {CmOp::Set, 817}, {CmOp::Get, 817}, {CmOp::Set, 817}}))
+        << "the mark is in a slot already: no list write";
+
+    kestub::reset();
+    ketest::preload_ports();
+    Bytes stored = ranges(0);
+    put_range(stored, 0, r, 1);
+    ketest::preload(stored, 817);
+    EXPECT_EQ(ke_omci_tapi_mc_table_del(&r), 0u);
+    EXPECT_EQ(cm_ops(), (Ops{{CmOp::Get, 817}, {CmOp::Set, 817}})) << "2 ranges counted, 1 left";
+    kestub::reset();
+    ketest::preload_ports();
+    ASSERT_EQ(vlan(ke_omci_tapi_mc_vlan_set, 0, 31), 0u);
+    EXPECT_EQ(vlan_lines(0), "vlan [30] area cnt[0]\nvlan [31] area cnt[1]\n");
+
+    ASSERT_EQ(vlan(ke_omci_tapi_mc_vlan_set, 0, 32), 0u);  // the slot after 31 holds no count
+    kestub::reset();
+    ketest::preload(stored, 817);
+    ASSERT_EQ(ke_omci_tapi_mc_table_set(&r), 0u);
+    EXPECT_EQ(ke_omci_tapi_mc_table_del(&r), 0u);
+    EXPECT_EQ(cm_sets(808), (Records{member(0, 30), member(8, 30), member(0, 31), member(8, 31),
+                                     member(0, 32), member(8, 32)}));
+    EXPECT_EQ(cm_sets(824), Records{vlan_list(0, {30, 31, 32, kNone, kNone, kNone, kNone, kNone})});
+    EXPECT_EQ(vlan_lines(0),
+              "vlan [30] area cnt[0]\nvlan [31] area cnt[1]\nvlan [32] area cnt[0]\n");
 }
 
 TEST_F(McGroup, RemovingRangesUncountsThemAndTheLastRemovesTheVlan)

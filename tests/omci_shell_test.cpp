@@ -3,64 +3,14 @@
 // the trace.
 #include <cstdio>
 #include <cstring>
-#include <set>
 
 #include "functions.h"
 #include "platform.h"
-#include "shell.h"
-#include "sim.h"
-#include "stub_test.h"
+#include "shell_fixture.h"
 
 namespace {
 
-class ShellTest : public ketest::StubTest {
-protected:
-    void SetUp() override
-    {
-        StubTest::SetUp();
-        out = open_memstream(&text, &len);
-        sim = std::make_unique<smlsim::Sim>(smlsim::default_profile());
-        sim->attach();
-        shell = std::make_unique<omcishell::Shell>(out);
-    }
-    void TearDown() override
-    {
-        omcishell::trace_to(nullptr);
-        std::fclose(out);
-        std::free(text);
-        StubTest::TearDown();
-    }
-    // Runs the lines and returns what they printed.
-    std::string run(std::initializer_list<const char *> lines)
-    {
-        std::fflush(out);
-        size_t from = len;
-        for (const char *l : lines)
-            shell->run_line(l);
-        std::fflush(out);
-        return std::string(text + from, len - from);
-    }
-
-    FILE *out = nullptr;
-    char *text = nullptr;
-    size_t len = 0;
-    std::unique_ptr<smlsim::Sim> sim;
-    std::unique_ptr<omcishell::Shell> shell;
-};
-
-TEST_F(ShellTest, EveryRowHasAWellFormedParameterList)
-{
-    std::set<std::string> names;
-    for (const omcishell::Function *f : omcishell::all_functions()) {
-        SCOPED_TRACE(f->name);
-        std::vector<omcishell::Param> params;
-        std::string why;
-        EXPECT_TRUE(omcishell::parse_params(f->params, &params, &why)) << why;
-        EXPECT_NE(f->call, nullptr);
-        EXPECT_TRUE(names.insert(f->name).second) << "listed twice";
-    }
-    EXPECT_GE(names.size(), 19u);
-}
+using ketest::ShellTest;
 
 TEST_F(ShellTest, ParameterListsThatAreWrongAreRefused)
 {

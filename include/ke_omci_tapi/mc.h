@@ -112,8 +112,10 @@ KE_API uint32_t ke_omci_tapi_mc_igmp_attr_get(uint32_t ui_port, st_mc_igmp_attr 
  * yet the port is written again); a code above 7: 1.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_mc_tagact_set(uint32_t ui_port, uint32_t ui_tagact);
 
-/* 0 or 1. */
+/* User VLAN of a port, written with the port's other settings.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_mc_usr_vlan_set(uint32_t ui_port, uint32_t ui_usrvlan);
+
+/* Upstream IGMP rate limit of a port, written to its own table.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_mc_uprate_set(uint32_t ui_port, uint32_t ui_uprate);
 
 /* Maximum number of groups of a port.  A port at or above the port count
@@ -143,8 +145,9 @@ KE_API uint32_t ke_omci_tapi_mc_vlan_del(const st_mc_vlan *pst_vlan);
 KE_API uint32_t ke_omci_tapi_mc_vlan_clr(uint32_t ui_port);
 
 /* Adds the row's VLAN (when a slot is free) and its address range, and
- * counts the range under the VLAN.  With all MC_RANGE_MAX ranges in use
- * the range is not stored but still counted.  0 or 1. */
+ * counts the range under the VLAN's slot (a row whose VLAN is
+ * MC_VLAN_NONE counts under the first empty slot).  With all MC_RANGE_MAX
+ * ranges in use the range is not stored but still counted.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_mc_table_set(const st_mc_table *pst_row);
 
 /* Removes the row's address range and uncounts it; the VLAN goes when
@@ -156,7 +159,15 @@ KE_API uint32_t ke_omci_tapi_mc_range_clr(uint32_t ui_port);
 
 /* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_mc_filter_set(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_mc_filter_del(void);
+
+/* The port dump served as "ke_ke_omci_mc_param_get_call" (its server entry
+ * and client stub are in lifecycle.h): prints the multicast state of the
+ * user port in the 4-byte request.  0, or MC_ERR_STATE with nothing
+ * printed for a port at or above the board's port count (every port
+ * before the first initialisation); a null request: 0x72200008. */
+KE_API uint32_t ke_ke_omci_mc_param_get_ipc(void *pv_request);
 
 KE_EXTERN_C_END
 

@@ -209,6 +209,8 @@ KE_ASSERT_OFFSET(st_port_info_tab, ui_mask, 48);
 /* The rule writers return 0 even when the table operation fails; the
  * failure is printed (always, or with the log gate open for the
  * membership pair). */
+
+/* VLAN filter mode of a port, passed through.  Always 0. */
 KE_API uint32_t ke_omci_tapi_vlan_filter_set(uint32_t ui_port, uint32_t ui_filter_mode);
 
 /* *pui_filter_mode is written only when the read succeeds.  Always 0. */
@@ -218,18 +220,28 @@ KE_API uint32_t ke_omci_tapi_vlan_filter_get(uint32_t ui_port, uint32_t *pui_fil
  * 4095 are accepted; anything else is KE_VLAN_REFUSED and writes nothing.
  * Otherwise 0. */
 KE_API uint32_t ke_omci_tapi_vlan_set(uint32_t ui_port, uint32_t ui_vid);
+/* Removes the membership of VLAN ui_vid on a port; arguments and results
+ * as ke_omci_tapi_vlan_set. */
 KE_API uint32_t ke_omci_tapi_vlan_del(uint32_t ui_port, uint32_t ui_vid);
 
+/* Default priority of a port, passed through.  Always 0. */
 KE_API uint32_t ke_omci_tapi_defpri_set(uint32_t ui_port, uint32_t ui_pri);
+/* Tag action of a port: tag type, direction and action, passed through.
+ * Always 0. */
 KE_API uint32_t ke_omci_tapi_tagact_set(uint32_t ui_port, uint32_t ui_tag_type, uint32_t ui_dir,
                                         uint32_t ui_act);
+/* Default tag of a port: VLAN ID, priority and TPID type (stored in the
+ * reverse order).  Always 0. */
 KE_API uint32_t ke_omci_tapi_deftag_set(uint32_t ui_port, uint32_t ui_def_vlan_id,
                                         uint32_t ui_def_pri, uint32_t ui_tpid_type);
 
 /* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_deftag_get(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_tpid_set(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_untag_addtag_set(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_untag_addtag_del(void);
 
 /* ---- VLAN translation and QinQ ----------------------------------------- */
@@ -237,30 +249,49 @@ KE_API uint32_t ke_omci_tapi_untag_addtag_del(void);
 /* Each writes or removes one rule (translation rules in table 813, QinQ
  * rules in 814) and returns 0, also when the operation fails (the failure
  * is printed).  A null rule pointer writes nothing. */
+/* Translation rule: customer VLAN to outer VLAN, with the TPID enable.
+ * Always 0. */
 KE_API uint32_t ke_omci_tapi_vlan_translation_set(uint32_t ui_port, uint32_t ui_cvlan,
                                                   uint32_t ui_svlan, uint32_t ui_act_tpid_en);
+/* Removes the translation rule of a customer VLAN.  Always 0. */
 KE_API uint32_t ke_omci_tapi_vlan_translation_del(uint32_t ui_port, uint32_t ui_cvlan);
+/* Translation rule from a caller's rule; a KE_VLAN_NO_MATCH match word is
+ * no condition.  Always 0. */
 KE_API uint32_t ke_omci_tapi_vlan_translation_opt_set(uint32_t ui_port,
                                                       const st_vlan_rule *pst_rule);
+/* Removes a translation rule given as by ke_omci_tapi_vlan_translation_opt_set.
+ * Always 0. */
 KE_API uint32_t ke_omci_tapi_vlan_translation_opt_del(uint32_t ui_port,
                                                       const st_vlan_rule *pst_rule);
-/* A port-wide QinQ rule: no customer-VLAN condition. */
+/* A port-wide QinQ rule: no customer-VLAN condition; outer priority,
+ * outer VLAN and TPID enable.  Always 0. */
 KE_API uint32_t ke_omci_tapi_port_qinq_set(uint32_t ui_port, uint32_t ui_spri, uint32_t ui_svlan,
                                            uint32_t ui_act_tpid_en);
+/* Removes the QinQ rule of a customer VLAN.  Always 0. */
 KE_API uint32_t ke_omci_tapi_port_qinq_del(uint32_t ui_port, uint32_t ui_cvlan);
+/* QinQ rule: customer VLAN to outer VLAN, with the TPID enable.  Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_set(uint32_t ui_port, uint32_t ui_cvlan, uint32_t ui_svlan,
                                       uint32_t ui_act_tpid_en);
+/* Removes the QinQ rule of a customer VLAN.  Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_del(uint32_t ui_port, uint32_t ui_cvlan);
+/* QinQ rule from a caller's rule; a KE_VLAN_NO_MATCH match word is no
+ * condition.  Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_full_set(uint32_t ui_port, const st_vlan_rule *pst_rule);
+/* Removes a QinQ rule given as by ke_omci_tapi_qinq_full_set.  Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_full_del(uint32_t ui_port, const st_vlan_rule *pst_rule);
-/* Matches on all three match words, whatever their values. */
+/* QinQ rule matching on all three match words, whatever their values.
+ * Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_vlan_set(uint32_t ui_port, const st_vlan_rule *pst_rule);
+/* Removes a rule given as by ke_omci_tapi_qinq_vlan_set.  Always 0. */
 KE_API uint32_t ke_omci_tapi_qinq_vlan_del(uint32_t ui_port, const st_vlan_rule *pst_rule);
 
 /* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_tls_ctag_set(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_tls_ctag_del(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_tls_stag_set(void);
+/* Accepted, no action, always 0. */
 KE_API uint32_t ke_omci_tapi_tls_stag_del(void);
 
 /* ---- SFU and HGU port mode --------------------------------------------- */
@@ -276,8 +307,9 @@ KE_API uint32_t ke_omci_tapi_check_port_mode_is_sfu(uint32_t ui_port);
  * null pointer writes nothing and is KE_VLAN_REFUSED. */
 KE_API uint32_t ke_omci_update_the_cm_table(const st_port_mode_update *pst_update);
 
-/* Adds (SFU) or removes (HGU) the port's flush entry. */
+/* Adds the port's flush entry (SFU behaviour).  0 or KE_VLAN_REFUSED. */
 KE_API uint32_t ke_omci_init_the_port_to_sfu(uint32_t ui_port);
+/* Removes the port's flush entry (HGU behaviour).  0 or KE_VLAN_REFUSED. */
 KE_API uint32_t ke_omci_restore_the_port_to_hgu(uint32_t ui_port);
 
 /* Announces the port's trunk setting, passed through as given. */

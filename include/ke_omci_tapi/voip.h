@@ -54,10 +54,16 @@ typedef struct {
 KE_ASSERT_SIZE(st_voip_agent, 130);
 KE_ASSERT_OFFSET(st_voip_agent, us_value, 128);
 
+/* Local SIP port and TOS byte of a line (us_protocol unused).  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_udptcp_set(const st_voip_udptcp *pst_udptcp);
+/* SIP proxy: address always, port unless 0, transport unless
+ * KE_VOIP_PROTOCOL_KEEP (an unknown protocol is stored as UDP).  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_proxyserver_set(const st_voip_server *pst_server);
+/* SIP registrar, as ke_omci_tapi_voip_proxyserver_set.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_regserver_set(const st_voip_server *pst_server);
+/* SIP outbound proxy, as ke_omci_tapi_voip_proxyserver_set.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_outbserver_set(const st_voip_server *pst_server);
+/* User agent address, port and transport, always all three.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_agent_set(const st_voip_agent *pst_agent);
 
 /* ---- Codec list --------------------------------------------------------- */
@@ -133,21 +139,34 @@ typedef struct {
 KE_ASSERT_SIZE(st_voip_admin, 8);
 KE_ASSERT_OFFSET(st_voip_admin, ui_admin_state, 4);
 
+/* Registration expiry and re-registration head-start times of a line.
+ * 0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_regtime_set(const st_voip_regtime *pst_regtime);
+/* ui_line in; the two times out (low 16 bits of the stored words).  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_regtime_get(st_voip_regtime *pst_regtime);
-/* Receiver off-hook timer; the low byte is stored. */
+/* Receiver off-hook timer; the low byte is stored.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_offhooktime_set(const uint32_t *pui_time);
+/* Receiver off-hook timer as stored.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_offhooktime_get(uint32_t *pui_time);
+/* SIP user name, password and realm of a line, always all three.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_sipauth_set(const st_voip_sipauth *pst_auth);
+/* ui_line in; the three strings out, whole.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_sipauth_get(st_voip_sipauth *pst_auth);
+/* Receive and transmit gains of a line, stored unchanged.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_gain_set(const st_voip_gain *pst_gain);
+/* ui_line in; both gains out.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_gain_get(st_voip_gain *pst_gain);
+/* ui_line in; ui_hook_state out (0 on hook, 1 off hook).  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_hookstatus_get(st_voip_hook *pst_hook);
 /* Signalling type: a set with 1 or 2 reads back the same; any other value
- * reads back as 0. */
+ * reads back as 0.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_type_set(const uint32_t *pui_type);
+/* Signalling type: 1, 2, or 0 for any other stored code.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_type_get(uint32_t *pui_type);
+/* Administrative state of a line: 1 or 2 disables it, any other value
+ * enables it.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_adminstate_set(const st_voip_admin *pst_admin);
+/* ui_line in; ui_admin_state out: 1 for a disabled line, else 0.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_adminstate_get(st_voip_admin *pst_admin);
 
 /* ---- RTP, silence suppression and fax ----------------------------------- */
@@ -176,8 +195,9 @@ KE_API uint32_t ke_omci_tapi_voip_rtp_set(const st_voip_rtp *pst_rtp);
 /* ui_line in; ui_dscp is written before the line is read, so it holds the
  * global mark even when the line read fails. */
 KE_API uint32_t ke_omci_tapi_voip_rtp_get(st_voip_rtp *pst_rtp);
+/* Silence suppression of a line; the low byte is stored.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_silence_set(const st_voip_silence *pst_silence);
-/* Fax mode (0 pass-through, 1 T.38); the low byte is stored. */
+/* Fax mode (0 pass-through, 1 T.38); the low byte is stored.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_faxmode_set(const uint32_t *pui_mode);
 /* Accepted and ignored: always 0. */
 KE_API uint32_t ke_omci_tapi_voip_digitmap_set(const void *pv_digitmap);
@@ -256,13 +276,19 @@ KE_ASSERT_SIZE(st_voip_sip_callinit_pm, 24);
 KE_ASSERT_OFFSET(st_voip_sip_callinit_pm, ui_failed_to_connect, 4);
 KE_ASSERT_OFFSET(st_voip_sip_callinit_pm, ui_failed_to_authenticate, 20);
 
+/* ui_line in; codec in use, server status and call statistics out.  0, or
+ * 1 when any of its three reads fails. */
 KE_API uint32_t ke_omci_tapi_voip_line_status_get(st_voip_line_status *pst_status);
-/* Counters as the voice application stored them; ui_line in. */
+/* RTP counters as the voice application stored them; ui_line in, word 1
+ * never written.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_rtppm_get(st_voip_rtp_pm *pst_pm);
+/* Call control counters as stored; ui_line in.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_callctrlpm_get(st_voip_callctrl_pm *pst_pm);
+/* SIP agent counters as stored; ui_line in.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_sip_agentpm_get(st_voip_sip_agent_pm *pst_pm);
+/* SIP call initiation counters as stored; ui_line in.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_sip_callinitpm_get(st_voip_sip_callinit_pm *pst_pm);
-/* *puc_state: 1 while an emergency call is in progress, else 0. */
+/* *puc_state: 1 while an emergency call is in progress, else 0.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_voip_emergency_get(uint8_t *puc_state);
 
 KE_EXTERN_C_END

@@ -202,19 +202,25 @@ KE_API uint32_t igdCmConfGetEntryNumByUci(uint32_t *count);
 /* Creates the WAN interface of conn in the first free slot: VLAN device,
  * interface, firewall zone, IGMP proxy binding, commit and a delayed
  * reload of the services.  Always 0, also when it refuses (no free slot,
- * VLAN already used, static mode without address or mask). */
+ * VLAN already used, static mode without address or mask) and for a null
+ * conn (nothing run).  Of the DNS text (split at commas, empty entries
+ * skipped) only dotted IPv4 addresses ("a.b.c.d", four numbers 0 to 255
+ * and nothing else) reach the shell; any other entry is skipped, traced
+ * with the log gate open as "DNS server [entry] is not an IPv4 address,
+ * skipped", and the creation goes on. */
 KE_API uint32_t igdCmConfAddByUci(const st_wan_conn *conn);
 
 /* ---- VoIP WAN connection ---------------------------------------------- */
 
 /* Applies the values whose presence word is set to the connection of the
  * service, or creates it when there is none and a VLAN ID is given.
- * 0; 1 a configuration-manager call failed; 0x70000000 no memory. */
+ * 0; 1 a configuration-manager call failed; 0x70000000 no memory (and a
+ * null attr). */
 KE_API uint32_t ke_omci_tapi_voip_wan_set(const st_voip_wan_attr *attr);
 
 /* Reads the connection of attr->us_service (0 voice, other TR-069): its
  * DHCP bit, addresses in use, DNS text and MAC.  0; 1 a read failed;
- * 0x70000000 no such connection; 0x7000001b no memory. */
+ * 0x70000000 no such connection (and a null attr); 0x7000001b no memory. */
 KE_API uint32_t ke_omci_tapi_voip_wan_get(st_voip_wan_attr *attr);
 
 /* Deletes the connection of the service (0 voice, other TR-069) from the

@@ -176,6 +176,13 @@ const std::vector<std::string> &shell_commands();
 // returns its wait status; for handlers that let a command really run.
 int shell_run(const char *command);
 
+// True for a uci command made only of what the library's own uci commands
+// hold (letters, digits, blanks and . _ @ [ ] : = -), optionally redirected
+// into the library's scratch file /tmp/tmp_uci_value: nothing the shell
+// would act on besides running uci.  For handlers that let those run and
+// nothing else.
+bool is_plain_uci_command(std::string command);
+
 // ---- Configuration manager ---------------------------------------------
 //
 // Records are kept per table and key.  A Set replaces the keyed entry (or

@@ -84,10 +84,9 @@ uint32_t ke_omci_mc_range_del_proc(uint32_t port, const st_mc_table &row)
 }
 
 // The range count of the slot holding vlan, or nullptr when no slot does.
+// The empty-slot mark is held by the first empty slot.
 uint32_t *range_count(st_mc_port_param &entry, uint32_t vlan)
 {
-    if (vlan == MC_VLAN_NONE)
-        return nullptr;
     for (size_t i = 0; i < entry.aui_vlan.size(); ++i)
         if (entry.aui_vlan[i] == vlan)
             return &entry.aui_area_cnt[i];

@@ -75,22 +75,36 @@ uint32_t ke_omci_tapi_mc_vlan_set(const st_mc_vlan *pst_vlan)
     });
 }
 
+// The list goes out without every slot that holds the VLAN, yet only the
+// last of them is emptied in the cache (more than one slot holds the same
+// VLAN only before the first initialisation, when every slot holds 0).
 // The slot's range count stays for whichever VLAN takes the slot next.
 uint32_t ke_omci_tapi_mc_vlan_del(const st_mc_vlan *pst_vlan)
 {
     if (pst_vlan == nullptr)
         return reject(KE_SITE);
+    uint32_t port = pst_vlan->ui_port;
     uint32_t vlan = pst_vlan->ui_vlan;
-    return edit_slots(KE_SITE, pst_vlan->ui_port, [vlan](st_mc_port_param &p) {
-        bool found = false;
-        for (uint32_t &slot : p.aui_vlan) {
-            if (slot == vlan) {
-                slot = MC_VLAN_NONE;
-                found = true;
+    VlanSlots list{};
+    return change_port(
+        KE_SITE, port,
+        [vlan, &list](st_mc_port_param &p) {
+            list = p.aui_vlan;
+            uint32_t *last = nullptr;
+            for (size_t i = 0; i < list.size(); ++i) {
+                if (list[i] == vlan) {
+                    list[i] = MC_VLAN_NONE;
+                    last = &p.aui_vlan[i];
+                }
             }
-        }
-        return found;
-    });
+            if (last == nullptr)
+                return false;
+            *last = MC_VLAN_NONE;
+            return true;
+        },
+        [port, &list](const st_mc_port_param &) {
+            return ke_omci_mc_vlan_set_proc(port, list.data(), MC_VLAN_MAX);
+        });
 }
 
 uint32_t ke_omci_tapi_mc_vlan_clr(uint32_t ui_port)

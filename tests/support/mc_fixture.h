@@ -32,6 +32,21 @@ inline Bytes record(size_t size, std::initializer_list<std::pair<uint32_t, uint3
 
 inline Bytes ranges(uint32_t port) { return record(1744, {{8, port}, {1740, 12}}); }
 
+// The VLAN list record of a port (table 824) holding these slots.
+inline Bytes vlan_list(uint32_t port, std::array<uint32_t, MC_VLAN_MAX> slots)
+{
+    Bytes rec = record(48, {{8, port}, {44, 12}});
+    std::memcpy(rec.data() + 12, slots.data(), sizeof slots);
+    return rec;
+}
+
+// Adds (set) or removes (del) a multicast VLAN of a port.
+inline uint32_t vlan(uint32_t (*fn)(const st_mc_vlan *), uint32_t port, uint32_t vid)
+{
+    st_mc_vlan v = {port, vid};
+    return fn(&v);
+}
+
 inline Ops cm_ops()
 {
     Ops ops;

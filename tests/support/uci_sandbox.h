@@ -45,15 +45,9 @@ inline bool file_exists(const std::string &path) { return std::filesystem::exist
 // A uci command made only of what the library's commands hold: no
 // character the shell would act on, beyond the redirection into the
 // scratch file.
-inline bool is_plain_uci_command(std::string command)
+inline bool is_plain_uci_command(const std::string &command)
 {
-    const std::string redirect = std::string(" > ") + kScratchFile;
-    if (command.size() > redirect.size() &&
-        command.compare(command.size() - redirect.size(), redirect.size(), redirect) == 0)
-        command.resize(command.size() - redirect.size());
-    return command.rfind("uci ", 0) == 0 &&
-           command.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                     "0123456789._@[]:=- ") == std::string::npos;
+    return kestub::is_plain_uci_command(command);
 }
 
 // Runs the plain uci commands through the shell and only records the

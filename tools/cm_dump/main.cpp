@@ -8,7 +8,7 @@
 #include "cm_table.h"
 #include "cli.h"
 #include "kestub.h"
-#include "layouts.h"
+#include "tables.h"
 #include "text.h"
 
 namespace {
@@ -37,7 +37,7 @@ void dump_raw(const std::vector<uint8_t> &rec)
 void dump_table(uint32_t table, bool raw)
 {
     const ke::cm::TableInfo &info = ke::cm::table_info(table);
-    const ketool::Layout *layout = cmdump::table_layout(table);
+    const ketool::Layout *layout = ketool::table_layout(table);
     std::vector<std::vector<uint8_t>> entries = kestub::cm_entries(table);
     std::printf("table %u %s: %zu %s\n", static_cast<unsigned>(table),
                 info.size != 0 ? info.name : "(not in the library's index)", entries.size(),

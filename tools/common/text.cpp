@@ -1,20 +1,34 @@
 #include "text.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
 namespace ketool {
 
-bool parse_u32(const std::string &text, uint32_t *value)
+bool parse_u64(const std::string &text, uint64_t *value)
 {
-    if (text.empty() || text[0] == '-' || text[0] == '+' || std::isspace(static_cast<unsigned char>(text[0])))
+    if (text.empty() || text[0] == '-' || text[0] == '+' ||
+        std::isspace(static_cast<unsigned char>(text[0])))
         return false;
     int base = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') ? 16 : 10;
     const char *digits = text.c_str() + (base == 16 ? 2 : 0);
+    if (*digits == '-' || *digits == '+' || std::isspace(static_cast<unsigned char>(*digits)))
+        return false;
     char *end = nullptr;
+    errno = 0;
     unsigned long long v = std::strtoull(digits, &end, base);
-    if (end == digits || *end != '\0' || v > 0xffffffffull)
+    if (end == digits || *end != '\0' || errno == ERANGE)
+        return false;
+    *value = v;
+    return true;
+}
+
+bool parse_u32(const std::string &text, uint32_t *value)
+{
+    uint64_t v;
+    if (!parse_u64(text, &v) || v > 0xffffffffull)
         return false;
     *value = static_cast<uint32_t>(v);
     return true;

@@ -12,6 +12,8 @@ namespace ketool {
 
 // Decimal, or hexadecimal after 0x; the whole text, within 32 bits.
 bool parse_u32(const std::string &text, uint32_t *value);
+// The same within 64 bits.
+bool parse_u64(const std::string &text, uint64_t *value);
 
 // Hex digits, optionally separated by ':' or '-' between bytes ("00a1ff",
 // "00:a1:ff").  Empty text is no bytes.

@@ -35,10 +35,16 @@ constexpr char kUsage[] =
     "  --cm-memory       keep the configuration tables in this process only\n"
     "  --load LIB        load the shared library LIB too (its served calls are served)\n"
     "  --no-serve        serve nothing to other processes\n"
+    "  --no-uci          run none of the library's shell commands (by default its uci\n"
+    "                    commands run when UCI_CONFIG_DIR names a configuration\n"
+    "                    directory; other commands, such as service reloads, are only\n"
+    "                    traced)\n"
     "  --call NAME ...   make one served call of another process and exit: NAME is\n"
     "                    set_loid, set_loidpwd, mc_param_get or any remote name;\n"
     "                    then a value, field=value words, or (other names) hex bytes\n"
     "  --help            this text\n"
+    "The download command draws its progress on standard error when that is a\n"
+    "terminal.\n"
     "Exit status: 0 when every command ran and every expect held (with --call:\n"
     "when the call answered 0), 1 otherwise, 2 on a usage error.\n";
 
@@ -77,6 +83,7 @@ int main(int argc, char **argv)
     bool cm_memory = false;
     bool trace = false;
     bool serve = true;
+    bool run_uci = true;
     std::vector<std::string> call;
     for (int i = 1; i < argc; ++i) {
         std::string opt = argv[i];
@@ -88,6 +95,8 @@ int main(int argc, char **argv)
             trace = true;
         } else if (opt == "--no-serve") {
             serve = false;
+        } else if (opt == "--no-uci") {
+            run_uci = false;
         } else if (opt == "--cm-memory") {
             cm_memory = true;
         } else if (opt == "--run-dir" && has_value) {
@@ -130,10 +139,15 @@ int main(int argc, char **argv)
         kestub::cm_use_db(nullptr);
     }
 
+    const char *uci_dir = std::getenv("UCI_CONFIG_DIR");
+    omcishell::serve_shell_commands(run_uci && uci_dir != nullptr && uci_dir[0] != '\0');
+
     if (serve && kestub::serve_start() < 0)
         return usage_error("cannot serve (another omci-shell running? try --no-serve)");
 
     omcishell::Shell shell(stdout);
+    if (isatty(STDERR_FILENO) != 0)
+        shell.set_progress(stderr);
     int rc;
     if (!script.empty()) {
         std::ifstream in(script);

@@ -1,6 +1,9 @@
 // --trace: every remote call, served call, table operation and command,
-// printed as it happens.
+// printed as it happens; and the count of calls served, for await.
 #include <atomic>
+#include <map>
+#include <mutex>
+#include <string>
 
 #include "cm_table.h"
 #include "kestub.h"
@@ -11,6 +14,10 @@ namespace omcishell {
 namespace {
 
 std::atomic<FILE *> g_out{nullptr};
+
+// Calls served so far, by name; the serving thread counts, the shell reads.
+std::mutex g_served_mutex;
+std::map<std::string, unsigned> g_served;
 
 // Bytes shown of a record in a trace line.
 constexpr size_t kShown = 32;
@@ -38,6 +45,10 @@ const char *op_name(kestub::CmOp op)
 
 void observe(const kestub::Event &e)
 {
+    if (e.kind == kestub::EventKind::IpcServed && e.name != nullptr) {
+        std::lock_guard<std::mutex> lock(g_served_mutex);
+        ++g_served[e.name];
+    }
     FILE *out = g_out.load();
     if (out == nullptr)
         return;
@@ -68,7 +79,25 @@ void observe(const kestub::Event &e)
 void trace_to(FILE *out)
 {
     g_out.store(out);
-    kestub::set_observer(out != nullptr ? observe : nullptr);
+    kestub::set_observer(observe);
+}
+
+void watch_served() { kestub::set_observer(observe); }
+
+unsigned served_count(const std::string &name)
+{
+    std::lock_guard<std::mutex> lock(g_served_mutex);
+    auto it = g_served.find(name);
+    return it == g_served.end() ? 0 : it->second;
+}
+
+void trace_shell(const char *command, bool ran)
+{
+    FILE *out = g_out.load();
+    if (out != nullptr) {
+        std::fprintf(out, "[sh] %s: %s\n", ran ? "ran" : "not run", command);
+        std::fflush(out);
+    }
 }
 
 void trace_command(const std::string &line)

@@ -28,7 +28,9 @@ constexpr char kUsage[] =
     "  --log FILE        append the call log to FILE instead of standard output\n"
     "  --delay-ms N      wait N ms before every reply (a slow service)\n"
     "  --help            this text\n"
-    "Stops on SIGINT or SIGTERM and removes its sockets.\n";
+    "Stops on SIGINT or SIGTERM and removes its sockets.  The flash (image\n"
+    "sections section0.bin and section1.bin, and boot_flag) is kept in the run\n"
+    "directory's flash/ and outlives the simulator.\n";
 
 int usage_error(const std::string &why) { return ketool::usage_error("sml-sim", kUsage, why); }
 

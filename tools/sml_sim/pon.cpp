@@ -1,5 +1,6 @@
 // T-CONTs and GEM ports: objects that exist from their set until their
-// delete; a get or delete of one that does not exist is refused.
+// delete; a get or delete of one that does not exist is refused, and so is
+// the delete of a GEM port that a mapping still uses.
 #include <cstring>
 
 #include "ke_omci_tapi/pon.h"
@@ -103,7 +104,11 @@ uint32_t gemport_get(SimState &s, uint8_t *buf)
 
 uint32_t gemport_del(SimState &s, uint8_t *buf)
 {
-    return s.pon.gemports.erase(word_at(buf, 0)) == 1 ? 0 : kNoObject;
+    uint32_t gemport = word_at(buf, 0);
+    if (s.pon.gemports.count(gemport) != 0 && gemport_mapped(s, gemport))
+        return kInUse;
+    s.counters.gemport.erase(gemport);
+    return s.pon.gemports.erase(gemport) == 1 ? 0 : kNoObject;
 }
 
 uint32_t gemport_num_get(SimState &s, uint8_t *buf)

@@ -11,7 +11,7 @@ namespace {
 using ketool::Field;
 using ketool::Kind;
 
-enum class Image { Sysinfo, Board, Settings };
+enum class Image { Sysinfo, Board, Settings, Optical };
 
 struct Key {
     Image image;
@@ -53,12 +53,39 @@ constexpr std::array<Key, 18> kKeys = {{
 constexpr Key kOnuIdKey = {Image::Settings, {"onu_id", 8, 4, Kind::U32}, "1",
                            "ONU-ID the OLT assigned (the Alloc-ID of T-CONT 0)"};
 
+// The flash, the Ethernet ports and the optical module.  The optical
+// status words are in the units of the module's diagnostics: temperature
+// in 1/256 degree C, supply in 100 uV, bias in 2 uA, powers in 0.1 uW.
+constexpr std::array<Key, 12> kDeviceKeys = {{
+    {Image::Settings, {"boot_flag", 12, 4, Kind::U32}, "0",
+     "boot flag of a flash that has none yet: the image section (0 or 1) the device starts"},
+    {Image::Settings, {"port_type", 16, 4, Kind::U32}, "0",
+     "Ethernet port type (0: port instances count from 1; 1 or 2: from 0x101)"},
+    {Image::Optical, {"optical_vendor", 0, 16, Kind::Text}, "KE OPTICS", "optical module vendor"},
+    {Image::Optical, {"optical_part", 16, 16, Kind::Text}, "KE-BOSA-2G5",
+     "optical module part number"},
+    {Image::Optical, {"optical_sn", 32, 16, Kind::Text}, "KEOPT0001", "optical module serial number"},
+    {Image::Optical, {"optical_wavelength", 48, 4, Kind::U32}, "1310", "upstream wavelength, nm"},
+    {Image::Optical, {"optical_rate", 52, 4, Kind::U32}, "1244", "upstream line rate, Mbit/s"},
+    {Image::Optical, {"temperature", 56, 4, Kind::U32}, "11520",
+     "module temperature, 1/256 degree C (11520: 45 C)"},
+    {Image::Optical, {"voltage", 60, 4, Kind::U32}, "33000",
+     "supply voltage, 100 uV (33000: 3.3 V)"},
+    {Image::Optical, {"bias", 64, 4, Kind::U32}, "6000", "laser bias current, 2 uA (6000: 12 mA)"},
+    {Image::Optical, {"tx_power", 68, 4, Kind::U32}, "20000",
+     "transmit power, 0.1 uW (20000: 2 mW, +3 dBm)"},
+    {Image::Optical, {"rx_power", 72, 4, Kind::U32}, "1000",
+     "receive power, 0.1 uW (1000: 0.1 mW, -10 dBm)"},
+}};
+
 std::vector<const Key *> keys()
 {
     std::vector<const Key *> all;
     for (const Key &k : kKeys)
         all.push_back(&k);
     all.push_back(&kOnuIdKey);
+    for (const Key &k : kDeviceKeys)
+        all.push_back(&k);
     return all;
 }
 
@@ -69,6 +96,8 @@ uint8_t *image_of(Profile *p, Image image)
         return p->sysinfo.data();
     case Image::Board:
         return p->board.data();
+    case Image::Optical:
+        return p->optical.data();
     case Image::Settings:
         break;
     }
@@ -122,6 +151,13 @@ std::string show(const Key &key, const Profile &profile)
     return ketool::show_field(key.field, image);
 }
 
+uint32_t word_of(const uint8_t *image, uint32_t off)
+{
+    uint32_t v;
+    std::memcpy(&v, image + off, 4);
+    return v;
+}
+
 std::string trim(const std::string &s)
 {
     size_t b = s.find_first_not_of(" \t\r");
@@ -153,6 +189,10 @@ uint32_t Profile::onu_id() const
     std::memcpy(&v, settings.data() + 8, 4);
     return v;
 }
+
+uint32_t Profile::boot_flag() const { return word_of(settings.data(), 12); }
+uint32_t Profile::port_type() const { return word_of(settings.data(), 16); }
+uint32_t Profile::user_ports() const { return word_of(board.data(), 4); }
 
 Profile default_profile()
 {

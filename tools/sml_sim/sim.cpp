@@ -15,7 +15,23 @@ namespace {
 constexpr const ProcedureList *kFamilies[] = {
     &kPonProcedures,
     &kDeviceProcedures,
+    &kMapProcedures,
+    &kLineProcedures,
+    &kKeyProcedures,
+    &kBridgeProcedures,
+    &kQosProcedures,
+    &kCounterProcedures,
+    &kPortProcedures,
+    &kFlashProcedures,
 };
+
+// The serving convention: the exact length, and a buffer unless the
+// procedure takes no record at all (length 0, where a null buffer is the
+// call without a record).
+bool refused(const Procedure &p, const void *buf, uint32_t len)
+{
+    return len != p.len || (buf == nullptr && p.len != 0);
+}
 
 // The transport calls plain functions, one per served name, so each row is
 // bound to one slot of a fixed pool of functions that know their index.
@@ -51,12 +67,17 @@ void put_word(uint8_t *buf, uint32_t off, uint32_t value) { std::memcpy(buf + of
 
 std::vector<const Procedure *> all_procedures() { return ketool::all_rows(kFamilies); }
 
-Sim::Sim(const Profile &profile) { state_.profile = profile; }
+Sim::Sim(const Profile &profile)
+{
+    state_.profile = profile;
+    state_.flash.dir = kestub::run_dir() + "/flash";
+    state_.flash.boot_flag = profile.boot_flag();
+}
 
 uint32_t Sim::serve(const Procedure &p, void *buf, uint32_t len)
 {
     auto *bytes = static_cast<uint8_t *>(buf);
-    uint32_t status = buf == nullptr || len != p.len ? kRefused : p.handle(state_, bytes);
+    uint32_t status = refused(p, buf, len) ? kRefused : p.handle(state_, bytes);
     if (delay_ms_ != 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(delay_ms_));
     log(p, bytes, len, status);
@@ -68,9 +89,11 @@ void Sim::log(const Procedure &p, const uint8_t *buf, uint32_t len, uint32_t sta
     if (log_ == nullptr)
         return;
     std::string what;
-    if (buf == nullptr || len != p.len)
+    if (refused(p, buf, len))
         what = "refused: length " + std::to_string(len) + (buf == nullptr ? " (null buffer)" : "") +
                ", expected " + std::to_string(p.len);
+    else if (len == 0)
+        what = "(no record)";
     else if (p.layout != nullptr)
         what = ketool::decode_line(*p.layout, buf, len);
     else

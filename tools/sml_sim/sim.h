@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@
 #include "profile.h"
 #include "record.h"
 #include "rows.h"
+#include "state.h"
 
 namespace smlsim {
 
@@ -44,6 +46,13 @@ struct PonState {
 struct SimState {
     Profile profile;
     PonState pon;
+    MapState map;
+    LineState line;
+    BridgeState bridge;
+    QosState qos;
+    CounterState counters;
+    PortState port;
+    FlashState flash;
 };
 
 struct Procedure {
@@ -58,6 +67,14 @@ using ProcedureList = ketool::Rows<Procedure>;
 // The families' procedures.
 extern const ProcedureList kPonProcedures;
 extern const ProcedureList kDeviceProcedures;
+extern const ProcedureList kMapProcedures;
+extern const ProcedureList kLineProcedures;
+extern const ProcedureList kKeyProcedures;
+extern const ProcedureList kBridgeProcedures;
+extern const ProcedureList kQosProcedures;
+extern const ProcedureList kCounterProcedures;
+extern const ProcedureList kPortProcedures;
+extern const ProcedureList kFlashProcedures;
 
 // Every procedure of every family, in table order.
 std::vector<const Procedure *> all_procedures();
@@ -90,6 +107,38 @@ private:
 // Reads a record's u32 word at off.
 uint32_t word_at(const uint8_t *buf, uint32_t off);
 void put_word(uint8_t *buf, uint32_t off, uint32_t value);
+
+// True when port is one of the profile's user ports.
+inline bool is_user_port(const SimState &s, uint32_t port) { return port < s.profile.user_ports(); }
+
+// True when the user port's link is up (it is unlocked).
+bool port_link_up(SimState &s, uint32_t port);
+
+// The file that holds an image section of the flash.
+std::string section_path(const FlashState &f, uint32_t section);
+
+// True when a GEM port mapping sends traffic to gemport.
+bool gemport_mapped(const SimState &s, uint32_t gemport);
+
+// A handler over the record as its structure: the buffer is read into a
+// Record, handed to fn and written back, so a row's length is
+// sizeof(Record) and its handler reads fields by name.
+template <class Record, uint32_t (*Fn)(SimState &, Record &)>
+uint32_t on_record(SimState &s, uint8_t *buf)
+{
+    Record rec;
+    std::memcpy(&rec, buf, sizeof rec);
+    uint32_t status = Fn(s, rec);
+    std::memcpy(buf, &rec, sizeof rec);
+    return status;
+}
+
+// A row whose handler takes its Record: name, length from the record.
+template <class Record, uint32_t (*Fn)(SimState &, Record &)>
+constexpr Procedure row(const char *name, const ketool::Layout *layout)
+{
+    return Procedure{name, static_cast<uint32_t>(sizeof(Record)), on_record<Record, Fn>, layout};
+}
 
 }  // namespace smlsim
 

@@ -56,6 +56,10 @@ int usage()
 
 int main(int argc, char **argv)
 {
+    if (argc == 2 && std::string(argv[1]) == "--help") {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
     uci::Context ctx;
     ctx.store.config_dir = from_env("UCI_CONFIG_DIR", "/etc/config");
     ctx.store.save_dir = from_env("UCI_SAVE_DIR", "/tmp/.uci");
