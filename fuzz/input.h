@@ -60,6 +60,11 @@ private:
 // Stops the run with a message: the oracle of a harness found a fault.
 [[noreturn]] void fail(const char *what, const std::string &detail);
 
+// A directory of this run's own, made if missing: <KE_RUN_DIR>/<name>
+// when a run directory is given (the tests and scripts/fuzz.sh give one),
+// else a fresh one under /tmp.
+std::string work_dir(const char *name);
+
 // Sends standard output to /dev/null: the library and the tools print
 // traces that would drown the fuzzer's own report.
 void quiet_stdout();

@@ -182,10 +182,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
     kefuzz::quiet_stdout();
     // A run directory of its own, so that no bench a person runs is reached.
-    char tmpl[] = "/tmp/ke_fuzz_ipc_XXXXXX";
-    if (mkdtemp(tmpl) == nullptr)
-        kefuzz::fail("ipc server", "cannot make a run directory");
-    setenv("KE_RUN_DIR", tmpl, 1);
+    setenv("KE_RUN_DIR", kefuzz::work_dir("fuzz_ipc").c_str(), 1);
     kestub::ipc_set_timeout(1000);
     kestub::ipc_serve_default(answer_service);
     ke_omci_mc_data_init();

@@ -152,10 +152,7 @@ void check(const std::vector<std::string> &args, int ret, const uci::Package &be
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
     kefuzz::quiet_stdout();
-    char tmpl[] = "/tmp/ke_fuzz_uci_XXXXXX";
-    if (mkdtemp(tmpl) == nullptr)
-        kefuzz::fail("uci command", "cannot make the sandbox");
-    std::string root = tmpl;
+    std::string root = kefuzz::work_dir("fuzz_uci");
     g_ctx.store.config_dir = root + "/config";
     g_ctx.store.save_dir = root + "/staged";
     g_ctx.quiet = true;

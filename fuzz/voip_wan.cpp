@@ -461,7 +461,8 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
     g_shell.toolkit_text = "network.probe";
     char value[16] = {};
     if (omci_uci_get("network.probe", value, sizeof value) != 0 ||
-        std::strcmp(value, "probe") != 0 || kefuzz::scratch::opens() != 1)
+        std::strcmp(value, "probe") != 0 || kefuzz::scratch::opens() != 1 ||
+        kefuzz::scratch::unlinks() != 1)
         kefuzz::fail("voip wan", "the library does not read the in-memory scratch file");
     return 0;
 }
