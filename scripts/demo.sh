@@ -160,7 +160,7 @@ check "scenario: every command ran and every expect held ($EXPECTS expects)" "$S
 case $FLAG_BEFORE in 01) SECTION=0 ;; *) SECTION=1 ;; esac
 FLAG_AFTER=$(boot_flag)
 check "boot flag switched to the section written" "$FLAG_AFTER" "0$SECTION"
-SECTION_FILE=$RUN/flash/section$SECTION.img
+SECTION_FILE=$RUN/flash/section$SECTION.bin
 SECTION_SHA=$(sha256sum <"$SECTION_FILE" 2>/dev/null | cut -d' ' -f1 || true)
 check "section $SECTION holds the image byte for byte (sha256)" "$SECTION_SHA" "$IMAGE_SHA"
 
@@ -187,19 +187,25 @@ check "configuration tables written by the scenario" "${MISSING:-none missing}" 
 
 # ---- Report ----------------------------------------------------------------
 
+# Words joined into indented lines of at most 100 columns.
+wrap() { tr '\n' ' ' | fold -s -w 85 | sed 's/^/               /; s/ *$//'; echo; }
+
 echo "Report"
-echo "  omci-shell   $COMMANDS commands of ${SCENARIO#"$ROOT"/}, $EXPECTS expects, $ERRORS errors"
-echo "  sml service  $(wc -l <"$RUN/sml-sim.log") calls of $(awk '{print $1}' "$RUN/sml-sim.log" | sort -u | wc -l) remote procedures (sml-sim.log):"
-awk '{n[$1]++} END {for (p in n) printf "                 %5d  %s\n", n[p], p}' "$RUN/sml-sim.log" | sort -k2
-echo "  tables       $(grep -c '^table ' "$RUN/cm-dump.out") configuration tables (cm-dump):"
-sed -n 's/^table \([0-9]*\) \([A-Z0-9_]*\): \(.*\)/                 \1 \2: \3/p' "$RUN/cm-dump.out"
-echo "  shell        $(grep -c '^\[sh\] ran: uci' "$RUN/omci-shell.out" || true) uci commands run," \
-    "$(grep -c '^\[sh\] not run' "$RUN/omci-shell.out" || true) command only logged"
-echo "  OpenWrt      (uci show, as committed):"
+echo "  omci-shell   $COMMANDS commands of ${SCENARIO#"$ROOT"/}: $EXPECTS expects, $ERRORS errors"
+echo "  sml service  $(wc -l <"$RUN/sml-sim.log") calls of" \
+    "$(awk '{print $1}' "$RUN/sml-sim.log" | sort -u | wc -l) remote procedures (sml-sim.log):"
+awk '{sub(/^ke_ke_/, "", $1); sub(/_call$/, "", $1); n[$1]++} END {for (p in n) print p "(" n[p] ")"}' \
+    "$RUN/sml-sim.log" | sort | wrap
+echo "  tables       $(grep -c '^table ' "$RUN/cm-dump.out") configuration tables (cm-dump), entries:"
+sed -n 's/^table \([0-9]*\) IGD_CO_\([A-Z0-9_]*\)_TAB: \([0-9]*\) entr.*/\1:\2(\3)/p' \
+    "$RUN/cm-dump.out" | wrap
+echo "  OpenWrt      $(grep -c '^\[sh\] ran: uci' "$RUN/omci-shell.out" || true) uci commands run," \
+    "$(grep -c '^\[sh\] not run' "$RUN/omci-shell.out" || true) only logged (the service reload); committed:"
 for c in network.pon_1 network.@device[1] firewall.@zone[1] igmpproxy.@phyint[1]; do
-    uci show "$c" | sed 's/^/                 /'
-done
-echo "  firmware     $IMAGE_KIB KiB in $(grep -c '^\[ipc\] ke_ke_upgrade_image_sharding_write_call' "$RUN/omci-shell.out" || true)" \
+    uci show "$c" | sed 's/^[a-z]*\.[^.=]*\.//'
+done | wrap
+echo "  firmware     $IMAGE_KIB KiB in" \
+    "$(grep -c '^\[ipc\] ke_ke_upgrade_image_sharding_write_call' "$RUN/omci-shell.out" || true)" \
     "shards, section $SECTION, boot flag $FLAG_BEFORE -> $FLAG_AFTER"
 if [ "$FAILED" -eq 0 ]; then
     echo "Every check held."

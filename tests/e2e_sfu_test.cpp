@@ -83,7 +83,7 @@ TEST_F(SfuTest, ScenarioProvisionsTheSfuAndEveryCheckHolds)
           "  ok    network.pon_1 on the VLAN device\n",
           "  ok    service reload asked for, and only logged\n",
           "  ok    configuration tables written by the scenario\n",
-          "                 network.pon_1.device='pon.200'\n",
+          "device='pon.200'",
           "  firmware     700 KiB in 117 shards, section 1, boot flag 00 -> 01\n",
           "Every check held.\n"}) {
         EXPECT_TRUE(has(out, line)) << line << "\n" << out;
