@@ -119,7 +119,7 @@ TEST(ShellRows, ParameterTypesAndTheirSizes)
     EXPECT_EQ(params[0].bound, 1);
     for (const char *bad : {"in count:zz n, in u32 b", "in count:n n", "in u32[0] a",
                             "in u32[1000000] a", "in rec:st_tcont[0] a", "in text[-1] a",
-                            "in rec:st_nothing a", "return u32"}) {
+                            "in rec:st_nothing a", "in rec:st_upgrade_shard[999] a", "return u32"}) {
         SCOPED_TRACE(bad);
         why.clear();
         EXPECT_FALSE(omcishell::parse_params(bad, &params, &why));
