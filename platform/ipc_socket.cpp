@@ -206,9 +206,13 @@ void answer(int conn, const Listener &l)
     if (recv_bytes(conn, bytes.data(), bytes.size(), deadline) != Io::Done)
         return;
     ReplyHead reply{kIpcNoServer, static_cast<uint32_t>(bytes.size())};
-    if (l.name == name) {
+    // The whole name as sent: "name\0junk" is not name.
+    if (l.name == std::string(name, head.name_len)) {
         std::vector<uint8_t> request = bytes;
-        void *buf = head.null_buf ? nullptr : bytes.data();
+        // A request of no bytes still has a buffer, as in process: only
+        // the null-buffer flag makes it null.
+        uint8_t none = 0;
+        void *buf = head.null_buf ? nullptr : bytes.empty() ? &none : bytes.data();
         serve_lock();
         reply.status = l.handler(buf, head.len);
         notify(Event{EventKind::IpcServed, name, CmOp{}, 0, request.data(), bytes.data(),

@@ -1,9 +1,10 @@
 #!/bin/sh
 # Every test: installs what it needs, builds and runs the suite in each
 # build: the host under AddressSanitizer and UndefinedBehaviorSanitizer,
-# then the plain Release build (which also checks the export list), then
-# the whole suite built for ARMv7 and run under qemu-arm; then the library
-# alone against musl, and the footprint of both ARMv7 libraries.
+# then the plain Release build (which also checks the export list), a
+# short run of each fuzzer, then the whole suite built for ARMv7 and run
+# under qemu-arm; then the library alone against musl, and the footprint
+# of both ARMv7 libraries.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/deps.sh
@@ -13,6 +14,9 @@ ctest --test-dir build/host --output-on-failure
 
 scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release
 ctest --test-dir build/release --output-on-failure
+
+# Every fuzz target briefly under libFuzzer (scripts/fuzz.sh runs them long).
+scripts/fuzz.sh -t 20
 
 # The library as an image build takes it: installed, and consumed through
 # pkg-config and the CMake package.

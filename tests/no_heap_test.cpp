@@ -13,15 +13,11 @@
 // with 64-bit directory offsets.
 #define _FILE_OFFSET_BITS 64
 
-#include <dirent.h>
 #include <dlfcn.h>
-#include <elf.h>
-#include <link.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <set>
 #include <string>
 
@@ -37,6 +33,7 @@
 #include "ke_omci_tapi/remote_mgmt.h"
 #include "export_lists.h"
 #include "../src/mc/param_dump.h"
+#include "export_lists.h"
 #include "platform.h"
 #include "stub_test.h"
 
@@ -674,39 +671,15 @@ TEST_F(NoHeap, CounterSeesAllocationsButNotThePlatforms)
     EXPECT_EQ(c.allocations, 0u);
 }
 
-// The names listed as exports that are functions, by the library's own
-// symbol table.
-std::set<std::string> exported_functions()
-{
-    std::set<std::string> names;
-    for (const std::string &name : ketest::export_list_names(KE_EXPORTS_DIR)) {
-        // A name that is not found counts as a function: it needs a row.
-        void *addr = dlsym(RTLD_DEFAULT, name.c_str());
-        Dl_info info;
-        void *entry_of_sym = nullptr;
-        if (addr == nullptr || dladdr1(addr, &info, &entry_of_sym, RTLD_DL_SYMENT) == 0 ||
-            entry_of_sym == nullptr)
-            names.insert(name);
-        // st_info holds the type in its low bits in both ELF classes.
-        else if (ELF32_ST_TYPE(static_cast<const ElfW(Sym) *>(entry_of_sym)->st_info) ==
-                 STT_FUNC)
-            names.insert(name);
-    }
-    return names;
-}
-
 TEST_F(NoHeap, EveryExportedFunctionHasARow)
 {
-    std::set<std::string> functions = exported_functions();
-    ASSERT_FALSE(functions.empty()) << "no export lists in " KE_EXPORTS_DIR;
+    std::set<std::string> functions = ketest::exported_functions(
+        KE_EXPORTS_DIR, [](const char *name) { return dlsym(RTLD_DEFAULT, name); });
     EXPECT_EQ(functions.count("gst_sysinfo"), 0u) << "a data object taken for a function";
     std::set<std::string> rows;
     for (const Row &row : kRows)
         rows.insert(row.function);
-    for (const std::string &name : functions)
-        EXPECT_EQ(rows.count(name), 1u) << name << " has no row";
-    for (const std::string &name : rows)
-        EXPECT_EQ(functions.count(name), 1u) << name << " is not an exported function";
+    EXPECT_TRUE(ketest::one_row_each(functions, rows)) << "export lists in " KE_EXPORTS_DIR;
 }
 
 }  // namespace

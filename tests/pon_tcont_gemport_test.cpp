@@ -127,6 +127,30 @@ TEST_F(Pon, GponModeIsDeliveredOnSuccess)
     EXPECT_EQ(kestub::ipc_calls()[0].len, 4u);
 }
 
+// A missing output word receives nothing: the call is made and its status
+// stands, as for every other getter of the library.
+TEST_F(Pon, WordGettersWithoutAnOutputMakeTheCallAndReturnZero)
+{
+    struct {
+        const char *remote;
+        std::vector<uint8_t> reply;
+        std::function<uint32_t()> invoke;
+    } cases[] = {
+        {"ke_ke_sml_gpon_mode_get_call", words({2}),
+         [] { return ke_omci_tapi_gponmode_get(nullptr); }},
+        {"ke_ke_sml_gpon_onuid_get_call", words({9}),
+         [] { return ke_omci_tapi_tcont_get(0, nullptr); }},
+        {"ke_ke_sml_gpon_tcont_get_call", words({3, 9}),
+         [] { return ke_omci_tapi_tcont_get(3, nullptr); }},
+    };
+    for (const auto &c : cases) {
+        kestub::reset();
+        kestub::ipc_script(c.remote, 0, c.reply.data(), c.reply.size());
+        EXPECT_EQ(c.invoke(), 0u) << c.remote;
+        EXPECT_EQ(call_names(), std::vector<std::string>{c.remote});
+    }
+}
+
 TEST_F(Pon, GemportAttributesTravelUnchangedBothWays)
 {
     uint8_t attr[KE_GEMPORT_ATTR_LEN];

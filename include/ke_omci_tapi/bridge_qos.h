@@ -63,24 +63,33 @@ typedef struct {
 KE_ASSERT_SIZE(st_br_mac, 12);
 KE_ASSERT_OFFSET(st_br_mac, ui_info, 8);
 
-/* Change one field of the port's learning record (read, change, write
- * back).  0, or 1 traced; no write follows a failed read.  The limit is
- * not applied on an HGU (product type of gst_sysinfo as it stands): 0
- * without any call. */
+/* The setters change one field of the port's learning record (read,
+ * change, write back); no write follows a failed read. */
+
+/* Sets the port's learning enable.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_learn_set(uint32_t ui_port, uint32_t ui_learn);
+/* Sets the port's learning limit; on an HGU (product type of gst_sysinfo
+ * as it stands) 0 without any call.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_num_set(uint32_t ui_port, uint32_t ui_learn_num);
 
-/* 0, or 1 traced. */
+/* The port's learning enable into *pui_learn.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_learn_get(uint32_t ui_port, uint32_t *pui_learn);
 
-/* Remote status; the in-out words are handed to the service as they are. */
+/* Sets the ageing time.  Remote status. */
 KE_API uint32_t ke_omci_tapi_br_age_set(uint32_t ui_age);
+/* Ageing time, read into *pui_age in place.  Remote status. */
 KE_API uint32_t ke_omci_tapi_br_age_get(uint32_t *pui_age);
+/* Sends the bridging/isolation word *pui_enable unchanged; it holds the
+ * reply afterwards.  Remote status. */
 KE_API uint32_t ke_omci_tapi_br_enable(uint32_t *pui_enable);
 
-/* A KE_BR_FILTER_LEN-byte filter entry, copied unchanged.  0, or 1 traced. */
+/* Sets a KE_BR_FILTER_LEN-byte filter entry of the port, copied unchanged.
+ * 0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_filter_set(uint32_t ui_port, const void *pv_filter);
+/* Reads the port's filter entry into pv_filter, written only on success.
+ * 0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_filter_get(uint32_t ui_port, void *pv_filter);
+/* Deletes the port's filter entry pv_filter.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_br_filter_del(uint32_t ui_port, const void *pv_filter);
 
 /* The port's learned addresses.  *pui_num holds the capacity of pst_mac
@@ -155,8 +164,9 @@ KE_ASSERT_OFFSET(st_tcont_policy, ui_policy, 4);
 /* Sends the map of an st_dscp record, skipping its first word. */
 KE_API uint32_t ke_omci_tapi_dscp_map_set(const void *pv_dscp);
 
-/* A KE_PRI_RULE_LEN-byte marking rule, copied unchanged. */
+/* Sets a KE_PRI_RULE_LEN-byte marking rule of the port, copied unchanged. */
 KE_API uint32_t ke_omci_tapi_pri_marking_set(uint32_t ui_port, const void *pv_rule);
+/* Deletes the port's marking rule pv_rule. */
 KE_API uint32_t ke_omci_tapi_pri_marking_del(uint32_t ui_port, const void *pv_rule);
 
 /* Creates a rate limiter with the rate in word 2 of pv_car; the service
@@ -164,16 +174,19 @@ KE_API uint32_t ke_omci_tapi_pri_marking_del(uint32_t ui_port, const void *pv_ru
 KE_API uint32_t ke_omci_tapi_car_set(uint32_t *pui_car_id, const void *pv_car);
 /* Reads a rate limiter's rate into word 2 of pv_car, nothing else. */
 KE_API uint32_t ke_omci_tapi_car_get(uint32_t ui_car_id, void *pv_car);
-/* Remote status. */
+/* Releases rate limiter ui_car_id.  Remote status, untraced. */
 KE_API uint32_t ke_omci_tapi_car_release(uint32_t ui_car_id);
 
-/* A KE_QUEUE_ATTR_LEN-byte attribute block, copied unchanged. */
+/* Sets a queue's KE_QUEUE_ATTR_LEN-byte attribute block, copied unchanged. */
 KE_API uint32_t ke_omci_tapi_queue_set(uint32_t ui_queue_owner, uint32_t ui_queue_id,
                                        const void *pv_attr);
+/* Reads a queue's attribute block into pv_attr, written only on success. */
 KE_API uint32_t ke_omci_tapi_queue_get(uint32_t ui_queue_owner, uint32_t ui_queue_id,
                                        void *pv_attr);
+/* Number of queues of ui_queue_owner into *pui_num. */
 KE_API uint32_t ke_omci_tapi_queue_num_get(uint32_t ui_queue_owner, uint32_t *pui_num);
 
+/* Sets T-CONT ui_tcont's scheduling policy, passed unchanged. */
 KE_API uint32_t ke_omci_tapi_tcont_policy_set(uint32_t ui_tcont, uint32_t ui_policy);
 
 KE_EXTERN_C_END

@@ -59,6 +59,7 @@ KE_ASSERT_OFFSET(st_sn_loid, auc_loid_pwd, 38);
 KE_ASSERT_OFFSET(st_sn_loid, auc_id_b, 50);
 KE_ASSERT_OFFSET(st_sn_loid, auc_id_c, 66);
 
+/* The cache itself; readers that do not fetch first see it as it stands. */
 KE_API extern st_sysinfo gst_sysinfo;
 
 /* Copies the cached system information into *pst_info, fetching it first
@@ -158,25 +159,38 @@ KE_ASSERT_OFFSET(st_port_attr, ui_outcar, 52);
 
 /* Getters store one word of the record; a null output pointer makes the
  * call and stores nothing. */
+
+/* The port's type (ui_type) into *pui_type. */
 KE_API uint32_t ke_omci_tapi_port_type_get(uint32_t ui_port, uint32_t *pui_type);
+/* The port's state (ui_state) into *pui_state. */
 KE_API uint32_t ke_omci_tapi_port_state_get(uint32_t ui_port, uint32_t *pui_state);
+/* The Ethernet mode the port reports (ui_ethmode) into *pui_mode. */
 KE_API uint32_t ke_omci_tapi_port_ethmode_get(uint32_t ui_port, uint32_t *pui_mode);
+/* The port's link state (ui_link) into *pui_link. */
 KE_API uint32_t ke_omci_tapi_port_link_get(uint32_t ui_port, uint32_t *pui_link);
+/* The port's loopback setting (ui_loopback) into *pui_loopback. */
 KE_API uint32_t ke_omci_tapi_port_loopback_get(uint32_t ui_port, uint32_t *pui_loopback);
+/* The port's pause setting (ui_pause) into *pui_pause. */
 KE_API uint32_t ke_omci_tapi_port_pause_get(uint32_t ui_port, uint32_t *pui_pause);
 
-/* The mode setter writes ui_ethmode_cfg; the getter reads ui_ethmode. */
+/* Sets the port's state (ui_state). */
 KE_API uint32_t ke_omci_tapi_port_state_set(uint32_t ui_port, uint32_t ui_state);
+/* Sets the Ethernet mode to configure (ui_ethmode_cfg, not ui_ethmode). */
 KE_API uint32_t ke_omci_tapi_port_ethmode_set(uint32_t ui_port, uint32_t ui_mode);
+/* Sets the port's loopback (ui_loopback). */
 KE_API uint32_t ke_omci_tapi_port_loopback_set(uint32_t ui_port, uint32_t ui_loopback);
+/* Sets the port's pause (ui_pause). */
 KE_API uint32_t ke_omci_tapi_port_pause_set(uint32_t ui_port, uint32_t ui_pause);
+/* Sets the four ingress rate-limit words (aui_incar), in argument order. */
 KE_API uint32_t ke_omci_tapi_port_incar_set(uint32_t ui_port, uint32_t ui_incar0,
                                             uint32_t ui_incar1, uint32_t ui_incar2,
                                             uint32_t ui_incar3);
+/* Sets the egress rate-limit word (ui_outcar). */
 KE_API uint32_t ke_omci_tapi_port_outcar_set(uint32_t ui_port, uint32_t ui_outcar);
 
-/* Accepted and ignored: 0, no remote call, nothing written. */
+/* MTU set: arguments ignored, no remote call, always 0. */
 KE_API uint32_t ke_omci_tapi_port_mtu_set(uint32_t ui_port, uint32_t ui_mtu);
+/* MTU get: arguments ignored, nothing written, always 0. */
 KE_API uint32_t ke_omci_tapi_port_mtu_get(uint32_t ui_port, uint32_t *pui_mtu);
 
 /* Managed-entity instance identifier of a user port.  The type of port 0

@@ -29,22 +29,34 @@ KE_API void ke_omci_tapi_exit(void);
 
 /* Client stubs: the status of the remote call, unchanged.  The caller's
  * record is the buffer and holds the reply afterwards. */
+
+/* Hands the LOID of the 102-byte record to the serving process. */
 KE_API uint32_t ke_omci_set_loid(st_sn_loid *pst_loid);
+/* Hands the LOID password of the 102-byte record to the serving process. */
 KE_API uint32_t ke_omci_set_loidpwd(st_sn_loid *pst_loid);
+/* Asks the serving process to dump the multicast state of port *pui_port. */
 KE_API uint32_t ke_omci_mc_param_get(uint32_t *pui_port);
 
 /* Server entries: KE_SERVED_CALL_REFUSED for a null buffer or a length
  * other than the call's request length, otherwise the implementation's
  * status. */
+
+/* The LOID call: accepts KE_SET_LOID_REQ_LEN bytes. */
 KE_API uint32_t ke_ke_omci_set_loid_call(void *pv_buf, uint32_t ui_len);
+/* The LOID password call: accepts KE_SET_LOID_REQ_LEN bytes. */
 KE_API uint32_t ke_ke_omci_set_loidpwd_call(void *pv_buf, uint32_t ui_len);
+/* The multicast dump call: accepts KE_MC_PARAM_GET_REQ_LEN bytes. */
 KE_API uint32_t ke_ke_omci_mc_param_get_call(void *pv_buf, uint32_t ui_len);
 
-/* Implementations: store auc_loid (24 bytes) or auc_loid_pwd (12 bytes) of
- * the request in the LOID store, whole; the other request bytes are
- * ignored.  Always 0. */
+/* Implementations: the other request bytes are ignored.  Always 0. */
+
+/* Stores auc_loid (24 bytes) of the request in the LOID store, whole. */
 KE_API uint32_t ke_ke_omci_set_loid_ipc(void *pv_request);
+/* Stores auc_loid_pwd (12 bytes) of the request in the LOID store, whole. */
 KE_API uint32_t ke_ke_omci_set_loidpwd_ipc(void *pv_request);
+/* Prints the multicast state of the port in the 4-byte request.  0, or
+ * 0x70000000 (nothing printed) for a port at or above the port count. */
+KE_API uint32_t ke_ke_omci_mc_param_get_ipc(void *pv_request);
 
 KE_EXTERN_C_END
 

@@ -145,8 +145,9 @@ KE_API uint32_t ke_omci_tapi_mc_vlan_del(const st_mc_vlan *pst_vlan);
 KE_API uint32_t ke_omci_tapi_mc_vlan_clr(uint32_t ui_port);
 
 /* Adds the row's VLAN (when a slot is free) and its address range, and
- * counts the range under the VLAN.  With all MC_RANGE_MAX ranges in use
- * the range is not stored but still counted.  0 or 1. */
+ * counts the range under the VLAN's slot (a row whose VLAN is
+ * MC_VLAN_NONE counts under the first empty slot).  With all MC_RANGE_MAX
+ * ranges in use the range is not stored but still counted.  0 or 1. */
 KE_API uint32_t ke_omci_tapi_mc_table_set(const st_mc_table *pst_row);
 
 /* Removes the row's address range and uncounts it; the VLAN goes when

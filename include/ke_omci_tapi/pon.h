@@ -32,8 +32,9 @@ typedef struct {
 } st_gemport_loopback;
 KE_ASSERT_SIZE(st_gemport_loopback, 12);
 
-/* OMCC entry points: accepted, no action, always 0. */
+/* OMCC create: no action, always 0. */
 KE_API uint32_t ke_omci_tapi_omcc_create(void);
+/* OMCC destroy: no action, always 0. */
 KE_API uint32_t ke_omci_tapi_omcc_destory(void);
 
 /* PON mode, as written by ke_omci_tapi_gpon_set_mode. 0, or 1 traced. */
@@ -42,26 +43,37 @@ KE_API uint32_t ke_omci_tapi_gponmode_get(uint32_t *pui_mode);
 /* Number of T-CONTs, read into *pui_num in place. 0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_tcont_num_get(uint32_t *pui_num);
 
-/* 0, or 1 traced. */
+/* Gives T-CONT ui_tcont the Alloc-ID ui_allocid.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_tcont_set(uint32_t ui_tcont, uint32_t ui_allocid);
 
 /* Alloc-ID of a T-CONT; for T-CONT 0 it is the ONU-ID. 0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_tcont_get(uint32_t ui_tcont, uint32_t *pui_allocid);
 
-/* The functions below return the remote status unchanged.  The in-out
- * getters hand the caller's 4-byte word to the service as is. */
+/* The functions below return the remote status unchanged and trace
+ * nothing.  The in-out getters hand the caller's 4-byte word to the
+ * service as is; it holds the reply afterwards. */
+
+/* Deletes T-CONT ui_tcont.  Remote status. */
 KE_API uint32_t ke_omci_tapi_tcont_del(uint32_t ui_tcont);
+/* DBA mode, read into *pui_mode in place.  Remote status. */
 KE_API uint32_t ke_omci_tapi_dba_mode_get(uint32_t *pui_mode);
+/* Sets the GEM block length ui_len.  Remote status. */
 KE_API uint32_t ke_omci_tapi_gem_block_set(uint32_t ui_len);
+/* GEM block length, read into *pui_len in place.  Remote status. */
 KE_API uint32_t ke_omci_tapi_gem_block_get(uint32_t *pui_len);
+/* Number of GEM ports, read into *pui_num in place.  Remote status. */
 KE_API uint32_t ke_omci_tapi_gemport_num_get(uint32_t *pui_num);
+/* Deletes GEM port ui_gemport.  Remote status. */
 KE_API uint32_t ke_omci_tapi_gemport_del(uint32_t ui_gemport);
+/* Sends the three words, in order, as the loopback record.  Remote status. */
 KE_API uint32_t ke_omci_tapi_gemport_loopback_set(uint32_t ui_word0, uint32_t ui_word1,
                                                   uint32_t ui_word2);
 
-/* GEM port attributes: a KE_GEMPORT_ATTR_LEN-byte block copied unchanged
- * to (set) or from (get) the service.  0, or 1 traced. */
+/* Sets GEM port ui_gemport's KE_GEMPORT_ATTR_LEN-byte attribute block,
+ * copied unchanged.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_gemport_set(uint32_t ui_gemport, const void *pv_attr);
+/* Reads GEM port ui_gemport's attribute block into pv_attr, written only on
+ * success.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_gemport_get(uint32_t ui_gemport, void *pv_attr);
 
 /* ---- Line security keys and time of day ------------------------------ */
@@ -111,10 +123,12 @@ KE_API uint32_t ke_omci_tapi_msk_set(const void *pv_key);
  * 0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_aes_cmac(st_aes_cmac *pst_cmac);
 
-/* A key longer than 16 bytes is not copied (copy line printed) yet the
- * request goes out with a zero key and the caller's length.  Remote status. */
+/* Sets multicast key ui_key_id to ui_key_len bytes at pv_key.  A key
+ * longer than 16 bytes is not copied (copy line printed) yet the request
+ * goes out with a zero key and the caller's length.  Remote status. */
 KE_API uint32_t ke_omci_tapi_mckey_set(uint32_t ui_key_id, uint32_t ui_key_len,
                                        const void *pv_key);
+/* Deletes multicast key ui_key_id.  Remote status. */
 KE_API uint32_t ke_omci_tapi_mckey_del(uint32_t ui_key_id);
 
 /* KE_TOD_LEN bytes of big-endian time-of-day information.  Remote status. */
@@ -148,10 +162,13 @@ KE_ASSERT_SIZE(st_optical_info, 56);
 /* KE_ALARM_LEN bytes, written on success.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_gpon_alarm_get(void *pv_alarm);
 
-/* Remote status; the caller's memory is the buffer (4 and
- * KE_PON_START_LEN bytes) and holds the reply. */
+/* Sets the PON mode; the caller's word is the buffer and holds the reply.
+ * Remote status. */
 KE_API uint32_t ke_omci_tapi_gpon_set_mode(uint32_t *pui_mode);
+/* Starts the line with the KE_PON_START_LEN bytes at pv_param, which hold
+ * the reply afterwards.  Remote status. */
 KE_API uint32_t ke_omci_tapi_pon_start(void *pv_param);
+/* Stops the line (a call without a record).  Remote status. */
 KE_API uint32_t ke_omci_tapi_pon_stop(void);
 
 /* Five status words.  Unless ui_force is nonzero the read is made only in
@@ -164,8 +181,9 @@ KE_API uint32_t ke_omci_tapi_optical_attr_get(uint32_t ui_force, uint32_t *pui_s
  * code; a failure prints its own line whatever the log gate says. */
 KE_API uint32_t ke_omci_tapi_optical_info_get(void *pv_info);
 
-/* Power management: accepted, no action, always 0. */
+/* Power management set: no action, always 0. */
 KE_API uint32_t ke_omci_tapi_pmu_attr_set(void);
+/* Power management get: no action, always 0. */
 KE_API uint32_t ke_omci_tapi_pmu_attr_get(void);
 
 /* GEM port mapping: which upstream traffic of a user port, selected by

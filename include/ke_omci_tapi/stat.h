@@ -60,18 +60,23 @@ KE_ASSERT_SIZE(st_xgpon_upmng_stat, 24);
 
 /* Every read: 0, or 1 traced with the caller's memory untouched. */
 
-/* 20 bytes of FEC counters. */
+/* 20 bytes of FEC counters into pv_stat.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_stat_fec_get(void *pv_stat);
 
-/* Writes offsets 4, 8 and 32 as they come and the 64-bit counters at 16
- * and 24 byte-reversed; offsets 0, 12 and 36 are left alone. */
+/* GEM port ui_gemport's counters: writes offsets 4, 8 and 32 as they come
+ * and the 64-bit counters at 16 and 24 byte-reversed; offsets 0, 12 and
+ * 36 are left alone.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_stat_gemport_get(uint32_t ui_gemport, st_gemport_stat *pst_stat);
 
-KE_API uint32_t ke_omci_tapi_stat_tc_get(uint32_t *pui_counter);      /* 8 words */
-KE_API uint32_t ke_omci_tapi_stat_downmng_get(uint32_t *pui_counter); /* 14 words */
-KE_API uint32_t ke_omci_tapi_stat_upmng_get(uint32_t *pui_counter);   /* 6 words */
+/* The 8 XG-PON TC counter words into pui_counter.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_stat_tc_get(uint32_t *pui_counter);
+/* The 14 downstream management counter words.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_stat_downmng_get(uint32_t *pui_counter);
+/* The 6 upstream management counter words.  0, or 1 traced. */
+KE_API uint32_t ke_omci_tapi_stat_upmng_get(uint32_t *pui_counter);
 
-/* GAL Ethernet: the sum of XG-PON TC words 6 and 7, modulo 2^32. */
+/* GAL Ethernet: the sum of XG-PON TC words 6 and 7, modulo 2^32.  0, or 1
+ * traced. */
 KE_API uint32_t ke_omci_tapi_stat_galeth_get(uint32_t *pui_counter);
 
 /* ---- Ethernet and bridge-port counters -------------------------------- */
@@ -107,8 +112,9 @@ KE_API uint32_t ke_omci_tapi_stat_eth_get(uint32_t ui_port, st_eth_stat *pst_sta
 /* Bridge-port counters derived from the same read.  0, or 1 traced. */
 KE_API uint32_t ke_omci_tapi_stat_brport_get(uint32_t ui_port, st_brport_stat *pst_stat);
 
-/* Accepted, no action, always 0. */
+/* Ethernet counter clear: no action (counters are never reset), always 0. */
 KE_API uint32_t ke_omci_tapi_stat_eth_clr(void);
+/* Bridge counter read: no action, always 0. */
 KE_API uint32_t ke_omci_tapi_stat_bridge_get(void);
 
 KE_EXTERN_C_END

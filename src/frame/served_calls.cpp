@@ -37,7 +37,15 @@ constexpr std::array<ServedCall, kSlotCount> kServedCalls = {{
 // the array to 16).
 typedef const char *ServedName __attribute__((aligned(4)));
 
-__attribute__((section(".ke_ipc_section"), used, aligned(4)))
+// clang's AddressSanitizer would put a red zone after the array inside
+// the section, and the IPC library would read it as more names.
+#if defined(__clang__)
+#define KE_SECTION_UNPADDED __attribute__((no_sanitize("address")))
+#else
+#define KE_SECTION_UNPADDED
+#endif
+
+__attribute__((section(".ke_ipc_section"), used, aligned(4))) KE_SECTION_UNPADDED
 ServedName ke_ipc_section_names[kSlotCount] = {
     kServedCalls[kMcParamGet].name,
     kServedCalls[kSetLoidPwd].name,

@@ -2,6 +2,7 @@
 #include "ke_omci_tapi/pon.h"
 
 #include "../frame/call.h"
+#include "../frame/output.h"
 
 using ke::call;
 using ke::pass_through;
@@ -18,7 +19,7 @@ uint32_t ke_omci_tapi_gponmode_get(uint32_t *pui_mode)
     uint32_t mode = 0;
     if (call(KE_SITE, "ke_ke_sml_gpon_mode_get_call", mode) != 0)
         return 1;
-    *pui_mode = mode;
+    ke::store(pui_mode, mode);
     return 0;
 }
 
@@ -44,7 +45,7 @@ uint32_t ke_omci_tapi_tcont_get(uint32_t ui_tcont, uint32_t *pui_allocid)
         uint32_t onuid = 0;
         if (call(KE_SITE, "ke_ke_sml_gpon_onuid_get_call", onuid) != 0)
             return 1;
-        *pui_allocid = onuid;
+        ke::store(pui_allocid, onuid);
         return 0;
     }
     st_tcont rec;
@@ -52,7 +53,7 @@ uint32_t ke_omci_tapi_tcont_get(uint32_t ui_tcont, uint32_t *pui_allocid)
     rec.ui_tcont = ui_tcont;
     if (call(KE_SITE, "ke_ke_sml_gpon_tcont_get_call", rec) != 0)
         return 1;
-    *pui_allocid = rec.ui_allocid;
+    ke::store(pui_allocid, rec.ui_allocid);
     return 0;
 }
 

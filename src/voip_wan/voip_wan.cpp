@@ -178,10 +178,14 @@ uint32_t address_of(const WanState &state, uint32_t off)
     return __omci_chartoip(text);
 }
 
+// The number of WAN connections.  A count the configuration manager could
+// not give is no count at all: the table reads as empty, and no list is
+// sized from whatever the failed call left behind.
 uint32_t table_entries()
 {
     uint32_t count = 0;
-    igdCmConfGetEntryNum(cm::IGD_CO_WAN_CONN_TAB, &count);
+    if (igdCmConfGetEntryNum(cm::IGD_CO_WAN_CONN_TAB, &count) != 0)
+        return 0;
     return count;
 }
 

@@ -92,12 +92,15 @@ bool device_exists(const char *device)
 }
 
 // The board MAC (twelve hex digits) plus the slot's offset, as
-// "XX:XX:XX:XX:XX:XX".  Digits that cannot be parsed count as zero.
+// "XX:XX:XX:XX:XX:XX".  Digits that cannot be parsed count as zero; a
+// signed field ("-1") is taken modulo 256, so that every word is a byte.
 void derive_mac(const char *board_mac, int slot, char *text, size_t size)
 {
     uint32_t mac[6] = {};
     std::sscanf(board_mac, "%02x%02x%02x%02x%02x%02x", &mac[0], &mac[1], &mac[2], &mac[3],
                 &mac[4], &mac[5]);
+    for (uint32_t &word : mac)
+        word &= 0xFF;
     mac_increase_with_offset(mac, kSlotMacOffset[static_cast<size_t>(slot - 1)]);
     std::snprintf(text, size, "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3],
                   mac[4], mac[5]);

@@ -1,0 +1,60 @@
+#!/bin/sh
+# Usage: fuzz.sh [-t SECONDS | -n RUNS] [TARGET...]
+# Builds the fuzzers (clang, libFuzzer, AddressSanitizer and
+# UndefinedBehaviorSanitizer) in build/fuzz and runs each target for
+# SECONDS (default 600) or RUNS executions, starting from its committed
+# corpus.  New inputs go to build/fuzz/corpus/<target>; an input that
+# crashes, hangs or leaks is kept in build/fuzz/artifacts/<target>/.
+# Prints each target's executions and rate; fails when any target found
+# something.  Targets: served_calls uci_config uci_command voip_wan
+# ipc_server omci_shell (default: all).
+set -eu
+cd "$(dirname "$0")/.."
+limit="-max_total_time=600"
+while getopts t:n: opt; do
+    case $opt in
+    t) limit="-max_total_time=$OPTARG" ;;
+    n) limit="-runs=$OPTARG" ;;
+    *) echo "usage: $0 [-t SECONDS | -n RUNS] [TARGET...]" >&2; exit 2 ;;
+    esac
+done
+shift $((OPTIND - 1))
+targets=${*:-"served_calls uci_config uci_command voip_wan ipc_server omci_shell"}
+
+build=build/fuzz
+mkdir -p "$build"
+{ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DKE_FUZZ=ON \
+    -DKE_BUILD_TESTS=OFF && cmake --build "$build" -j"$(nproc)" --target fuzzers; } \
+    >"$build/build.log" 2>&1 || { tail -40 "$build/build.log"; exit 1; }
+
+failed=
+summary=
+for t in $targets; do
+    work="$build/corpus/$t"
+    artifacts="$build/artifacts/$t"
+    mkdir -p "$work" "$artifacts" "$build/run/$t"
+    log="$build/$t.log"
+    echo "fuzz: $t ($limit)"
+    if KE_RUN_DIR="$PWD/$build/run/$t" "$build/fuzz/fuzz_$t" "$limit" -timeout=10 \
+        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$artifacts/" \
+        "$work" "fuzz/corpus/$t" >"$log" 2>&1; then
+        result=ok
+    else
+        result=FAILED
+        failed="$failed $t"
+        tail -40 "$log"
+    fi
+    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
+    secs=$(sed -n 's/^Done [0-9]* runs in \([0-9]*\) second.*/\1/p' "$log" | tail -1)
+    rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log" | tail -1)
+    line=$(printf '%-14s %-6s %12s executions %8s s %8s exec/s' "$t" "$result" \
+        "${runs:-?}" "${secs:-?}" "${rate:-?}")
+    echo "$line"
+    summary="$summary$line
+"
+done
+printf '\nfuzz summary:\n%s' "$summary"
+if [ -n "$failed" ]; then
+    echo "fuzz: findings in:$failed (inputs in $build/artifacts/)" >&2
+    exit 1
+fi
