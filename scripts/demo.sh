@@ -179,7 +179,7 @@ check "service reload asked for, and only logged" "$RELOADS" "1"
 
 "$DUMP" --db "$RUN/cm.db" >"$RUN/cm-dump.out"
 MISSING=
-for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 826 834 \
+for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 825 826 834 \
          465 470 471 473 474 476 477 478; do
     grep -q "^table $t " "$RUN/cm-dump.out" || MISSING="$MISSING $t"
 done
