@@ -16,7 +16,7 @@ ROOT=$PWD
 usage() {
     cat <<EOF
 usage: scripts/demo.sh [options]
-Installs the host packages, builds build/release, and provisions a
+Installs the host packages, builds build/demo, and provisions a
 simulated SFU end to end; exits 0 only when every check held.
 
   --build-dir DIR   use the programs already built in DIR: no install, no build
@@ -46,8 +46,10 @@ case $SCENARIO in /*) ;; *) SCENARIO=$ROOT/$SCENARIO ;; esac
 
 if [ -z "$BUILD" ]; then
     scripts/deps.sh --host
-    scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release -DKE_BUILD_TESTS=OFF
-    BUILD=build/release
+    # A tree of its own: turning the tests off in build/release would stay in
+    # that tree's cache and leave the test command without its suite.
+    scripts/build.sh build/demo -DCMAKE_BUILD_TYPE=Release -DKE_BUILD_TESTS=OFF
+    BUILD=build/demo
 fi
 case $BUILD in /*) ;; *) BUILD=$ROOT/$BUILD ;; esac
 SIM=$BUILD/tools/sml_sim/sml-sim
