@@ -141,7 +141,7 @@ echo "Provisioning an SFU from ${SCENARIO#"$ROOT"/}"
     status=0
     wait $! || status=$?
     echo "$status" >"$RUN/omci-shell.status"
-) | tee "$RUN/omci-shell.out" | sed -n 's/^== /  /p; s/^error: /  error: /p' &
+) | tee "$RUN/omci-shell.out" | sed -un 's/^== /  /p; s/^error: /  error: /p' &
 PIPELINE=$!
 wait_served ke_ke_omci_set_loid_call "$RUN/omci-shell.out"
 
