@@ -16,7 +16,7 @@ ROOT=$PWD
 usage() {
     cat <<EOF
 usage: scripts/demo.sh [options]
-Installs the host packages, builds build/release, and provisions a
+Installs the host packages, builds build/demo, and provisions a
 simulated SFU end to end; exits 0 only when every check held.
 
   --build-dir DIR   use the programs already built in DIR: no install, no build
@@ -46,8 +46,10 @@ case $SCENARIO in /*) ;; *) SCENARIO=$ROOT/$SCENARIO ;; esac
 
 if [ -z "$BUILD" ]; then
     scripts/deps.sh --host
-    scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release -DKE_BUILD_TESTS=OFF
-    BUILD=build/release
+    # A tree of its own: turning the tests off in build/release would stay in
+    # that tree's cache and leave the test command without its suite.
+    scripts/build.sh build/demo -DCMAKE_BUILD_TYPE=Release -DKE_BUILD_TESTS=OFF
+    BUILD=build/demo
 fi
 case $BUILD in /*) ;; *) BUILD=$ROOT/$BUILD ;; esac
 SIM=$BUILD/tools/sml_sim/sml-sim
@@ -139,7 +141,7 @@ echo "Provisioning an SFU from ${SCENARIO#"$ROOT"/}"
     status=0
     wait $! || status=$?
     echo "$status" >"$RUN/omci-shell.status"
-) | tee "$RUN/omci-shell.out" | sed -n 's/^== /  /p; s/^error: /  error: /p' &
+) | tee "$RUN/omci-shell.out" | sed -un 's/^== /  /p; s/^error: /  error: /p' &
 PIPELINE=$!
 wait_served ke_ke_omci_set_loid_call "$RUN/omci-shell.out"
 
@@ -179,7 +181,7 @@ check "service reload asked for, and only logged" "$RELOADS" "1"
 
 "$DUMP" --db "$RUN/cm.db" >"$RUN/cm-dump.out"
 MISSING=
-for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 826 834 \
+for t in 807 808 810 811 813 815 817 818 819 820 821 822 824 825 826 834 \
          465 470 471 473 474 476 477 478; do
     grep -q "^table $t " "$RUN/cm-dump.out" || MISSING="$MISSING $t"
 done
@@ -187,19 +189,25 @@ check "configuration tables written by the scenario" "${MISSING:-none missing}" 
 
 # ---- Report ----------------------------------------------------------------
 
+# Words joined into indented lines of at most 100 columns.
+wrap() { tr '\n' ' ' | fold -s -w 85 | sed 's/^/               /; s/ *$//'; echo; }
+
 echo "Report"
-echo "  omci-shell   $COMMANDS commands of ${SCENARIO#"$ROOT"/}, $EXPECTS expects, $ERRORS errors"
-echo "  sml service  $(wc -l <"$RUN/sml-sim.log") calls of $(awk '{print $1}' "$RUN/sml-sim.log" | sort -u | wc -l) remote procedures (sml-sim.log):"
-awk '{n[$1]++} END {for (p in n) printf "                 %5d  %s\n", n[p], p}' "$RUN/sml-sim.log" | sort -k2
-echo "  tables       $(grep -c '^table ' "$RUN/cm-dump.out") configuration tables (cm-dump):"
-sed -n 's/^table \([0-9]*\) \([A-Z0-9_]*\): \(.*\)/                 \1 \2: \3/p' "$RUN/cm-dump.out"
-echo "  shell        $(grep -c '^\[sh\] ran: uci' "$RUN/omci-shell.out" || true) uci commands run," \
-    "$(grep -c '^\[sh\] not run' "$RUN/omci-shell.out" || true) command only logged"
-echo "  OpenWrt      (uci show, as committed):"
+echo "  omci-shell   $COMMANDS commands of ${SCENARIO#"$ROOT"/}: $EXPECTS expects, $ERRORS errors"
+echo "  sml service  $(wc -l <"$RUN/sml-sim.log") calls of" \
+    "$(awk '{print $1}' "$RUN/sml-sim.log" | sort -u | wc -l) remote procedures (sml-sim.log):"
+awk '{sub(/^ke_ke_/, "", $1); sub(/_call$/, "", $1); n[$1]++} END {for (p in n) print p "(" n[p] ")"}' \
+    "$RUN/sml-sim.log" | sort | wrap
+echo "  tables       $(grep -c '^table ' "$RUN/cm-dump.out") configuration tables (cm-dump), entries:"
+sed -n 's/^table \([0-9]*\) IGD_CO_\([A-Z0-9_]*\)_TAB: \([0-9]*\) entr.*/\1:\2(\3)/p' \
+    "$RUN/cm-dump.out" | wrap
+echo "  OpenWrt      $(grep -c '^\[sh\] ran: uci' "$RUN/omci-shell.out" || true) uci commands run," \
+    "$(grep -c '^\[sh\] not run' "$RUN/omci-shell.out" || true) only logged (the service reload); committed:"
 for c in network.pon_1 network.@device[1] firewall.@zone[1] igmpproxy.@phyint[1]; do
-    uci show "$c" | sed 's/^/                 /'
-done
-echo "  firmware     $IMAGE_KIB KiB in $(grep -c '^\[ipc\] ke_ke_upgrade_image_sharding_write_call' "$RUN/omci-shell.out" || true)" \
+    uci show "$c" | sed 's/^[a-z]*\.[^.=]*\.//'
+done | wrap
+echo "  firmware     $IMAGE_KIB KiB in" \
+    "$(grep -c '^\[ipc\] ke_ke_upgrade_image_sharding_write_call' "$RUN/omci-shell.out" || true)" \
     "shards, section $SECTION, boot flag $FLAG_BEFORE -> $FLAG_AFTER"
 if [ "$FAILED" -eq 0 ]; then
     echo "Every check held."

@@ -45,20 +45,29 @@ protected:
         StubTest::TearDown();
     }
 
-    // Runs the demo with args; its output in out, its exit status back.
-    int demo(std::vector<std::string> args)
+    // Starts the demo with args, its output going to demo.out.
+    bool start(Process &p, std::vector<std::string> args)
     {
         args.insert(args.begin(), {"sh", source_dir() + "/scripts/demo.sh", "--build-dir",
                                    build_dir(), "--image-kib", "700", "--keep"});
-        Process p;
-        if (!p.start(args, tmp / "demo.out"))
-            return -3;
+        return p.start(args, tmp / "demo.out");
+    }
+
+    // Waits for the demo's end; its output in out, its exit status back.
+    int finish(Process &p)
+    {
         int status = p.wait(240000);
         out = ketest::read_file(tmp / "demo.out");
         size_t at = out.find("run directory kept: ");
         if (at != std::string::npos)
             kept = out.substr(at + 20, out.find('\n', at) - at - 20);
         return status;
+    }
+
+    int demo(std::vector<std::string> args)
+    {
+        Process p;
+        return start(p, std::move(args)) ? finish(p) : -3;
     }
 
     // True when the process whose pid the demo wrote to file is gone.
@@ -83,7 +92,7 @@ TEST_F(SfuTest, ScenarioProvisionsTheSfuAndEveryCheckHolds)
           "  ok    network.pon_1 on the VLAN device\n",
           "  ok    service reload asked for, and only logged\n",
           "  ok    configuration tables written by the scenario\n",
-          "                 network.pon_1.device='pon.200'\n",
+          "device='pon.200'",
           "  firmware     700 KiB in 117 shards, section 1, boot flag 00 -> 01\n",
           "Every check held.\n"}) {
         EXPECT_TRUE(has(out, line)) << line << "\n" << out;
@@ -107,6 +116,21 @@ TEST_F(SfuTest, AFailedCheckFailsTheRunAndStopsItsProcesses)
     EXPECT_TRUE(has(out, "  error: expected allocid = 0x999, got 1025 (0x401)\n")) << out;
     EXPECT_TRUE(has(out, "  FAIL  scenario: every command ran and every expect held")) << out;
     EXPECT_TRUE(has(out, "1 checks failed.\n")) << out;
+    ASSERT_FALSE(kept.empty()) << out;
+    EXPECT_TRUE(gone("sml-sim.pid"));
+    EXPECT_TRUE(gone("omci-shell.pid"));
+}
+
+TEST_F(SfuTest, AStoppedRunStopsItsProcesses)
+{
+    ketest::write_file(tmp / "slow.omci", "echo == waiting\nsleep 30000\n");
+    Process p;
+    ASSERT_TRUE(start(p, {"--scenario", tmp / "slow.omci"}));
+    ASSERT_TRUE(ketest::wait_until(
+        [&] { return has(ketest::read_file(tmp / "demo.out"), "  waiting\n"); }, 60000))
+        << ketest::read_file(tmp / "demo.out");
+    p.signal(SIGTERM);
+    EXPECT_EQ(finish(p), 143) << out;
     ASSERT_FALSE(kept.empty()) << out;
     EXPECT_TRUE(gone("sml-sim.pid"));
     EXPECT_TRUE(gone("omci-shell.pid"));

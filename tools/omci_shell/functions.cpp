@@ -36,6 +36,9 @@ uint32_t strip_count(std::string *text)
     return n;
 }
 
+// The largest argument a row may describe.
+constexpr uint32_t kMaxArgument = 1u << 20;
+
 struct Scalar {
     const char *name;
     Type type;
@@ -86,6 +89,10 @@ bool parse_type(std::string type, Param *p, std::string *why)
     if (type.rfind("rec:", 0) == 0 && (p->layout = ketool::find_record(type.substr(4)))) {
         p->type = Type::Rec;
         p->count = n == 0 ? 1 : n;
+        if (p->layout->size > kMaxArgument / p->count) {
+            *why = "larger than an argument may be: " + type;
+            return false;
+        }
         p->size = p->layout->size * p->count;
         return true;
     }

@@ -18,7 +18,8 @@
 //   count:NAME     a number no larger than NAME's elements (bytes, words or
 //                  records): the length the function is told of NAME
 // An in or inout argument is one word of the command; an out argument
-// takes none.  "null" passes a null pointer for anything passed by pointer.
+// takes none.  "null" passes a null pointer for an ipv4, u32[N], bytes,
+// text or rec argument.
 #ifndef KE_OMCI_SHELL_FUNCTIONS_H
 #define KE_OMCI_SHELL_FUNCTIONS_H
 

@@ -1,7 +1,7 @@
 // Library start and stop; the served calls in their three layers.
 #include "functions.h"
 #include "ke_omci_tapi/lifecycle.h"
-#include "mc/param_dump.h"
+#include "ke_omci_tapi/mc.h"
 
 namespace omcishell {
 namespace {
