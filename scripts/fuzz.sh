@@ -1,9 +1,9 @@
 #!/bin/sh
-# Usage: fuzz.sh [-t SECONDS | -n RUNS] [TARGET...]
+# Usage: fuzz.sh [-t SECONDS | -n RUNS] [-s SEED] [TARGET...]
 # Builds the fuzzers (clang, libFuzzer, AddressSanitizer and
 # UndefinedBehaviorSanitizer) in build/fuzz and runs each target for
 # SECONDS (default 600) or RUNS executions, starting from its committed
-# corpus.  New inputs go to build/fuzz/corpus/<target>; an input that
+# corpus; with a SEED and a number of RUNS a run is the same every time.  New inputs go to build/fuzz/corpus/<target>; an input that
 # crashes, hangs or leaks is kept in build/fuzz/artifacts/<target>/.
 # Prints each target's executions and rate; fails when any target found
 # something.  Targets: served_calls uci_config uci_command voip_wan
@@ -11,11 +11,13 @@
 set -eu
 cd "$(dirname "$0")/.."
 limit="-max_total_time=600"
-while getopts t:n: opt; do
+seed=
+while getopts t:n:s: opt; do
     case $opt in
     t) limit="-max_total_time=$OPTARG" ;;
     n) limit="-runs=$OPTARG" ;;
-    *) echo "usage: $0 [-t SECONDS | -n RUNS] [TARGET...]" >&2; exit 2 ;;
+    s) seed="-seed=$OPTARG" ;;
+    *) echo "usage: $0 [-t SECONDS | -n RUNS] [-s SEED] [TARGET...]" >&2; exit 2 ;;
     esac
 done
 shift $((OPTIND - 1))
@@ -35,7 +37,7 @@ for t in $targets; do
     mkdir -p "$work" "$artifacts" "$build/run/$t"
     log="$build/$t.log"
     echo "fuzz: $t ($limit)"
-    if KE_RUN_DIR="$PWD/$build/run/$t" "$build/fuzz/fuzz_$t" "$limit" -timeout=10 \
+    if KE_RUN_DIR="$PWD/$build/run/$t" "$build/fuzz/fuzz_$t" "$limit" $seed -timeout=10 \
         -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$artifacts/" \
         "$work" "fuzz/corpus/$t" >"$log" 2>&1; then
         result=ok
