@@ -4,36 +4,14 @@
 #include <dirent.h>
 
 #include "platform.h"
-#include "process.h"
-#include "stub_test.h"
+#include "sim_run.h"
 
 namespace {
 
 using ketest::Process;
-using ketest::TempDir;
 
-class BenchTest : public ketest::StubTest {
+class BenchTest : public ketest::SimRunTest {
 protected:
-    void SetUp() override
-    {
-        StubTest::SetUp();
-        KE_SKIP_WITHOUT_THREADS();
-        ASSERT_FALSE(run.path().empty());
-        setenv("KE_RUN_DIR", run.path().c_str(), 1);
-    }
-
-    // Starts sml-sim with extra options and waits until it serves.
-    void start_sim(Process &sim, std::vector<std::string> extra = {})
-    {
-        std::vector<std::string> argv = {KE_PATH_SML_SIM, "--run-dir", run.path(), "--log",
-                                         run / "sim.log"};
-        argv.insert(argv.end(), extra.begin(), extra.end());
-        ASSERT_TRUE(sim.start(argv, run / "sim.out"));
-        ASSERT_TRUE(ketest::wait_until(
-            [&] { return ketest::exists(run / "ipc/ke_ke_sml_gpon_tcont_set_call"); }, 10000))
-            << ketest::read_file(run / "sim.out");
-    }
-
     // Runs a tool to its end; its output in *out, its exit status back.
     int tool(const std::vector<std::string> &argv, std::string *out, long timeout_ms = 20000)
     {
@@ -52,7 +30,6 @@ protected:
         return tool(args, out);
     }
 
-    TempDir run;
     int runs = 0;
 };
 

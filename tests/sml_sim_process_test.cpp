@@ -5,27 +5,19 @@
 
 #include "ke_omci_tapi/device.h"
 #include "ke_omci_tapi/pon.h"
-#include "process.h"
-#include "stub_test.h"
+#include "sim_run.h"
 
 namespace {
 
 using ketest::Process;
-using ketest::TempDir;
 
-class SimProcessTest : public ketest::StubTest {
+class SimProcessTest : public ketest::SimRunTest {
 protected:
     void SetUp() override
     {
-        StubTest::SetUp();
-        KE_SKIP_WITHOUT_THREADS();
-        ASSERT_FALSE(run.path().empty());
-        setenv("KE_RUN_DIR", run.path().c_str(), 1);
-        ASSERT_TRUE(sim.start({KE_PATH_SML_SIM, "--run-dir", run.path(), "--log", run / "sim.log"},
-                              run / "sim.out"));
-        ASSERT_TRUE(ketest::wait_until(
-            [&] { return ketest::exists(run / "ipc/ke_ke_upgrade_flag_get_call"); }, 10000))
-            << ketest::read_file(run / "sim.out");
+        SimRunTest::SetUp();
+        if (!IsSkipped())
+            start_sim(sim);
     }
     // The simulator's log once it has stopped.
     std::string stopped_log()
@@ -35,17 +27,8 @@ protected:
         return ketest::read_file(run / "sim.log");
     }
 
-    TempDir run;
     Process sim;
 };
-
-size_t count(const std::string &text, const std::string &part)
-{
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++n;
-    return n;
-}
 
 TEST_F(SimProcessTest, DownloadLandsInTheSectionFileByteForByte)
 {
@@ -72,9 +55,10 @@ TEST_F(SimProcessTest, DownloadLandsInTheSectionFileByteForByte)
     EXPECT_FALSE(ketest::exists(run / "flash/section0.bin"));
     EXPECT_EQ(ketest::read_file(run / "flash/boot_flag"), "1\n");
     std::string log = stopped_log();
-    EXPECT_EQ(count(log, "ke_ke_upgrade_image_sharding_write_call len=6152 status=0x0 word=0x42 "),
+    EXPECT_EQ(ketest::count_of(
+                  log, "ke_ke_upgrade_image_sharding_write_call len=6152 status=0x0 word=0x42 "),
               shards);
-    EXPECT_EQ(count(log, "status=0x0"), shards + 4);  // flag, start, shards, flag, flag
+    EXPECT_EQ(ketest::count_of(log, "status=0x0"), shards + 4);  // flag, start, shards, flag, flag
 }
 
 TEST_F(SimProcessTest, StateHoldsFromCallToCall)

@@ -87,6 +87,15 @@ inline constexpr uint32_t kIpcMaxLen = 16u << 20;
 inline constexpr unsigned kIpcTimeoutMs = 5000;
 void ipc_set_timeout(unsigned ms);
 
+// What a caller waits at most.  A serving process that dies mid-call takes
+// its end of the connection with it, and the call ends with kIpcLost within
+// kIpcLateMs of the death; one that hangs or is stopped ends it with
+// kIpcTimeout when the time-out runs out.  Either way no remote call across
+// processes takes longer than the time-out (kIpcTimeoutMs unless changed)
+// plus kIpcLateMs, the allowance for waking the caller and for the kernel
+// to tear a dead process's connections down.
+inline constexpr unsigned kIpcLateMs = 200;
+
 // The run directory: KE_RUN_DIR, else /tmp/ke_omci_run-<uid>.
 std::string run_dir();
 

@@ -99,6 +99,13 @@ inline std::vector<std::string> emulator()
 #define KE_SKIP_WITHOUT_THREADS() (void)0
 #endif
 
+// Nor can a program under it fork.
+#ifdef KE_TEST_EMULATOR
+#define KE_SKIP_WITHOUT_FORK() GTEST_SKIP() << "no fork under the emulator"
+#else
+#define KE_SKIP_WITHOUT_FORK() (void)0
+#endif
+
 // A child process, killed and reaped when the object goes.
 class Process {
 public:
@@ -168,6 +175,17 @@ public:
         return started;
     }
 
+    // Runs fn in a forked copy of this process, which exits with what fn
+    // returns; the test goes on at once.
+    template <class Fn>
+    bool run_fn(Fn fn)
+    {
+        pid_ = fork();
+        if (pid_ == 0)
+            _exit(fn());
+        return pid_ > 0;
+    }
+
     void send(const std::string &text)
     {
         if (stdin_ >= 0 && write(stdin_, text.data(), text.size()) < 0)
@@ -190,15 +208,18 @@ public:
     // after timeout_ms.
     int wait(long timeout_ms)
     {
-        if (pid_ <= 0)
-            return status_;
+        return wait_until([&] { return ended(); }, timeout_ms) ? status_ : -1;
+    }
+
+    // True once the process has ended (and is reaped: wait gives its status).
+    bool ended()
+    {
         int st = 0;
-        bool done = wait_until([&] { return waitpid(pid_, &st, WNOHANG) == pid_; }, timeout_ms);
-        if (!done)
-            return -1;
-        pid_ = -1;
-        status_ = WIFEXITED(st) ? WEXITSTATUS(st) : -2;
-        return status_;
+        if (pid_ > 0 && waitpid(pid_, &st, WNOHANG) == pid_) {
+            pid_ = -1;
+            status_ = WIFEXITED(st) ? WEXITSTATUS(st) : -2;
+        }
+        return pid_ <= 0;
     }
 
     void kill_now()

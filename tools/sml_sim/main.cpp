@@ -27,6 +27,9 @@ constexpr char kUsage[] =
     "  --list            print every procedure with its record length and exit\n"
     "  --log FILE        append the call log to FILE instead of standard output\n"
     "  --delay-ms N      wait N ms before every reply (a slow service)\n"
+    "  --stall NAME      never answer procedure NAME: print \"sml-sim: stalling in NAME\"\n"
+    "                    on standard error and hang until killed (SIGKILL), so a\n"
+    "                    test can kill the service in the middle of that call\n"
     "  --help            this text\n"
     "Stops on SIGINT or SIGTERM and removes its sockets.  The flash (image\n"
     "sections section0.bin and section1.bin, and boot_flag) is kept in the run\n"
@@ -45,6 +48,14 @@ bool read_file(const std::string &path, std::string *text)
     return true;
 }
 
+bool is_procedure(const std::string &name)
+{
+    for (const smlsim::Procedure *p : smlsim::all_procedures())
+        if (name == p->name)
+            return true;
+    return false;
+}
+
 }  // namespace
 
 int main(int argc, char **argv)
@@ -52,6 +63,7 @@ int main(int argc, char **argv)
     smlsim::Profile profile = smlsim::default_profile();
     std::string log_path;
     uint32_t delay_ms = 0;
+    std::string stall;
     bool print_profile = false;
     bool list = false;
     for (int i = 1; i < argc; ++i) {
@@ -71,6 +83,10 @@ int main(int argc, char **argv)
         } else if (opt == "--delay-ms" && has_value) {
             if (!ketool::parse_u32(argv[++i], &delay_ms))
                 return usage_error(std::string("not a number: ") + argv[i]);
+        } else if (opt == "--stall" && has_value) {
+            stall = argv[++i];
+            if (!is_procedure(stall))
+                return usage_error("no such procedure: " + stall);
         } else if (opt == "--profile" && has_value) {
             std::string text, why;
             if (!read_file(argv[++i], &text))
@@ -106,6 +122,7 @@ int main(int argc, char **argv)
     smlsim::Sim sim(profile);
     sim.set_log(log);
     sim.set_delay_ms(delay_ms);
+    sim.set_stall(stall);
     sim.attach();
     int served = kestub::serve_start();
     if (served < 0)

@@ -76,6 +76,11 @@ Sim::Sim(const Profile &profile)
 
 uint32_t Sim::serve(const Procedure &p, void *buf, uint32_t len)
 {
+    if (!stall_.empty() && stall_ == p.name) {
+        std::fprintf(stderr, "sml-sim: stalling in %s\n", p.name);
+        for (;;)
+            std::this_thread::sleep_for(std::chrono::hours(1));
+    }
     auto *bytes = static_cast<uint8_t *>(buf);
     uint32_t status = refused(p, buf, len) ? kRefused : p.handle(state_, bytes);
     if (delay_ms_ != 0)

@@ -93,6 +93,10 @@ public:
     // Where the log goes (nullptr: nowhere); a delay before every reply.
     void set_log(FILE *log) { log_ = log; }
     void set_delay_ms(unsigned ms) { delay_ms_ = ms; }
+    // A procedure that is never answered: its call is announced on
+    // standard error and then hangs until the process is killed, so a
+    // test can kill the service while a caller waits on that call.
+    void set_stall(const std::string &name) { stall_ = name; }
 
     SimState &state() { return state_; }
 
@@ -102,6 +106,7 @@ private:
     SimState state_;
     FILE *log_ = nullptr;
     unsigned delay_ms_ = 0;
+    std::string stall_;
 };
 
 // Reads a record's u32 word at off.
