@@ -152,16 +152,16 @@ EOF
 Every command starts a shell and the shell starts `uci`, a second program
 image, where the floor's shell runs its built-in `true`.  The second floor
 starts a program per command as well (`/bin/true`); the distance between
-the two floors is what a second program image costs, and it is already
-about the target: on this machine starting any program is mostly the C
-library's start-up (its probe of the processor's features and caches,
-each probe a trap to the hypervisor), for the shell and for the program
-alike.  What the library adds beyond the second floor is `uci`'s own work
-and the nine commands whose output is redirected into the scratch file,
-for which the shell forks instead of replacing itself.  The stand-in's
-`uci` is now linked statically, so that it no longer binds the C++
-runtime at each start: that took the creation from about 3.3 to about
-2.4 times the first floor in the same conditions.
+the two floors is what a second program image costs, and by itself it is
+about the target or above it: on this machine starting any program is
+mostly the C library's start-up (its probe of the processor's features
+and caches, each probe a trap to the hypervisor), for the shell and for
+the program alike.  What the library adds beyond the second floor is
+`uci`'s own work and the nine commands whose output is redirected into
+the scratch file, for which the shell forks instead of replacing itself.
+The stand-in's `uci` is now linked statically, so that it no longer binds
+the C++ runtime at each start: that took the creation from about 3.3 to
+about 2.4 times the first floor in the same conditions.
 
 ## Provisioning burst
 
@@ -179,7 +179,12 @@ EOF
 
 The remote calls are socket round trips to `sml-sim`; the configuration
 table writes are SQLite transactions that read the table and write it back
-whole, so they cost more as a table grows.
+whole, so they cost more as a table grows.  The T-CONT call, first of its
+round, comes right after two table writes and pays for waking the
+simulator, idle meanwhile (on this virtual machine, a processor woken from
+idle); the GEM port and mapping calls right after it do not.  With the
+order of the round turned, the slow call moves with the place, not with
+the function.
 EOF
 } >"$OUT"
 echo "bench: report written to $OUT (load average now $(cut -d' ' -f1-3 /proc/loadavg))"
