@@ -19,7 +19,10 @@ public:
         for (const Run &run : runs) {
             if (run.error_occurred)
                 failed_ = true;
-            if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median")
+            // One repetition has no aggregates: the run is its own median.
+            bool median = run.run_type == Run::RT_Aggregate ? run.aggregate_name == "median"
+                                                            : run.repetitions <= 1;
+            if (!median)
                 continue;
             double unit = benchmark::GetTimeUnitMultiplier(run.time_unit);
             Median &m = (*out_)[run.run_name.function_name];
@@ -59,6 +62,8 @@ std::map<std::string, Median> run_all(int argc, char **argv, int repetitions)
     benchmark::Shutdown();
     if (collector.failed())
         medians.clear();
+    if (medians.empty())
+        std::cerr << "no figures: a benchmark failed or none ran\n";
     return medians;
 }
 
