@@ -121,11 +121,15 @@ Each shard is a synchronous remote call: the library's `ke_ipc_call`
 returns only when the service has written the shard and its 6152-byte
 reply is back, so the sender waits for two process switches per shard,
 while the floor streams its messages and the receiver writes while the
-sender copies the next one.  No download made of synchronous calls can
-reach 0.8 of the streamed floor; the second floor, the same messages each
-answered before the next goes, is the floor of such a download, and the
-bench's own cost is its distance to that one: a connection per call, the
-frame heads, the simulator's call log.  The socket transport now sends
+sender copies the next one.  Where the sender and the receiver each find
+a free processor, no download made of synchronous calls comes near 0.8
+of the streamed floor (on this machine, at its quieter moments, the bench
+reached about 0.4 of it); on a machine busy with other work the streamed
+floor loses that advantage, and its figure moves more from run to run
+than any other here.  The second floor, the same messages each answered before
+the next goes, is the floor of a download made of synchronous calls, and
+the bench's own cost is its distance to that one: a connection per call,
+the frame heads, the simulator's call log.  The socket transport now sends
 each frame with one system call and waits for the reply before reading
 it, and sml-sim keeps the section open for the whole download (before,
 each shard opened, appended to and closed the file): about half the
