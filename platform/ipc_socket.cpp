@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -98,15 +99,49 @@ int left_ms(Clock::time_point deadline)
 
 enum class Io { Done, Closed, TimedOut };
 
-// Moves exactly len bytes over a non-blocking socket before deadline.
-Io transfer(int fd, void *data, size_t len, bool sending, Clock::time_point deadline)
+// Waits until fd is ready to send or to receive, or the deadline passes.
+Io wait_ready(int fd, bool sending, Clock::time_point deadline)
 {
-    auto *p = static_cast<uint8_t *>(data);
-    while (len > 0) {
-        ssize_t n = sending ? send(fd, p, len, MSG_NOSIGNAL) : recv(fd, p, len, 0);
+    pollfd pfd{fd, static_cast<short>(sending ? POLLOUT : POLLIN), 0};
+    for (;;) {
+        int ms = left_ms(deadline);
+        int n = ms == 0 ? 0 : poll(&pfd, 1, ms);
+        if (n > 0)
+            return Io::Done;
+        if (n == 0)
+            return Io::TimedOut;
+        if (errno != EINTR)
+            return Io::Closed;
+    }
+}
+
+// Moves every byte of the count pieces over a non-blocking socket before
+// deadline, as few system calls as the socket allows (the pieces are used
+// up as they go).
+Io transfer(int fd, iovec *piece, int count, bool sending, Clock::time_point deadline)
+{
+    for (;;) {
+        while (count > 0 && piece->iov_len == 0) {
+            ++piece;
+            --count;
+        }
+        if (count == 0)
+            return Io::Done;
+        msghdr msg{};
+        msg.msg_iov = piece;
+        msg.msg_iovlen = static_cast<size_t>(count);
+        ssize_t n = sending ? sendmsg(fd, &msg, MSG_NOSIGNAL) : recvmsg(fd, &msg, 0);
         if (n > 0) {
-            p += n;
-            len -= static_cast<size_t>(n);
+            for (size_t done = static_cast<size_t>(n); done > 0;) {
+                size_t step = done < piece->iov_len ? done : piece->iov_len;
+                piece->iov_base = static_cast<uint8_t *>(piece->iov_base) + step;
+                piece->iov_len -= step;
+                done -= step;
+                if (piece->iov_len == 0 && done > 0) {
+                    ++piece;
+                    --count;
+                }
+            }
             continue;
         }
         if (n == 0)
@@ -115,22 +150,18 @@ Io transfer(int fd, void *data, size_t len, bool sending, Clock::time_point dead
             continue;
         if (errno != EAGAIN && errno != EWOULDBLOCK)
             return Io::Closed;
-        pollfd pfd{fd, static_cast<short>(sending ? POLLOUT : POLLIN), 0};
-        int ms = left_ms(deadline);
-        if (ms == 0 || poll(&pfd, 1, ms) == 0)
-            return Io::TimedOut;
+        Io ready = wait_ready(fd, sending, deadline);
+        if (ready != Io::Done)
+            return ready;
     }
-    return Io::Done;
 }
 
-Io send_bytes(int fd, const void *data, size_t len, Clock::time_point deadline)
-{
-    return transfer(fd, const_cast<void *>(data), len, true, deadline);
-}
+iovec piece(const void *data, size_t len) { return iovec{const_cast<void *>(data), len}; }
 
 Io recv_bytes(int fd, void *data, size_t len, Clock::time_point deadline)
 {
-    return transfer(fd, data, len, false, deadline);
+    iovec one = piece(data, len);
+    return transfer(fd, &one, 1, false, deadline);
 }
 
 uint32_t status_of(Io io) { return io == Io::TimedOut ? kIpcTimeout : kIpcLost; }
@@ -200,15 +231,17 @@ void answer(int conn, const Listener &l)
         head.name_len > kMaxNameLen || head.len > kIpcMaxLen)
         return;
     char name[kMaxNameLen + 1] = {};
-    if (recv_bytes(conn, name, head.name_len, deadline) != Io::Done)
-        return;
     std::vector<uint8_t> bytes(head.null_buf ? 0 : head.len);
-    if (recv_bytes(conn, bytes.data(), bytes.size(), deadline) != Io::Done)
+    iovec rest[] = {piece(name, head.name_len), piece(bytes.data(), bytes.size())};
+    if (transfer(conn, rest, 2, false, deadline) != Io::Done)
         return;
     ReplyHead reply{kIpcNoServer, static_cast<uint32_t>(bytes.size())};
     // The whole name as sent: "name\0junk" is not name.
     if (l.name == std::string(name, head.name_len)) {
-        std::vector<uint8_t> request = bytes;
+        // The request as it came, for an observer only.
+        std::vector<uint8_t> request;
+        if (observed())
+            request = bytes;
         // A request of no bytes still has a buffer, as in process: only
         // the null-buffer flag makes it null.
         uint8_t none = 0;
@@ -219,8 +252,8 @@ void answer(int conn, const Listener &l)
                      head.len, reply.status});
         serve_unlock();
     }
-    if (send_bytes(conn, &reply, sizeof reply, deadline) == Io::Done)
-        send_bytes(conn, bytes.data(), bytes.size(), deadline);
+    iovec out[] = {piece(&reply, sizeof reply), piece(bytes.data(), bytes.size())};
+    transfer(conn, out, 2, true, deadline);
 }
 
 void serve_loop()
@@ -315,17 +348,18 @@ uint32_t socket_call(const char *name, void *buf, uint32_t len)
     RequestHead head{kFrameMagic, static_cast<uint32_t>(std::strlen(name)), len, buf == nullptr};
     size_t bytes = buf == nullptr ? 0 : len;
     ReplyHead reply{0, 0};
-    Io io = send_bytes(fd, &head, sizeof head, deadline);
+    // The request frame in one go; the reply is waited for before it is
+    // read, since it cannot be there yet.  Its bytes land in buf directly:
+    // after a call that failed, buf holds nothing to be used.
+    iovec request[] = {piece(&head, sizeof head), piece(name, head.name_len), piece(buf, bytes)};
+    Io io = transfer(fd, request, 3, true, deadline);
     if (io == Io::Done)
-        io = send_bytes(fd, name, head.name_len, deadline);
+        io = wait_ready(fd, false, deadline);
+    iovec answer[] = {piece(&reply, sizeof reply), piece(buf, bytes)};
     if (io == Io::Done)
-        io = send_bytes(fd, buf, bytes, deadline);
-    if (io == Io::Done)
-        io = recv_bytes(fd, &reply, sizeof reply, deadline);
+        io = transfer(fd, answer, 2, false, deadline);
     if (io == Io::Done && reply.len != bytes)
         io = Io::Closed;
-    if (io == Io::Done)
-        io = recv_bytes(fd, buf, bytes, deadline);
     close(fd);
     return io == Io::Done ? reply.status : status_of(io);
 }

@@ -14,6 +14,8 @@ std::atomic<Observer> g_observer{nullptr};
 
 void set_observer(Observer observer) { g_observer.store(observer); }
 
+bool observed() { return g_observer.load() != nullptr; }
+
 void notify(const Event &event)
 {
     Observer observer = g_observer.load();

@@ -26,6 +26,8 @@ uint32_t socket_call(const char *name, void *buf, uint32_t len);
 IpcHandler section_entry(const std::string &path, const std::string &name);
 // Tell the observer, if any.
 void notify(const Event &event);
+// True when an observer is set.
+bool observed();
 }  // namespace kestub
 
 #endif

@@ -10,6 +10,8 @@ export DEBIAN_FRONTEND=noninteractive
 HOST_PACKAGES="cmake make g++ binutils file pkgconf libgtest-dev libgmock-dev libsafec-dev libsqlite3-dev"
 # The fuzzers: clang with libFuzzer and its sanitizer runtimes.
 HOST_PACKAGES="$HOST_PACKAGES clang libclang-rt-14-dev"
+# The benchmarks (scripts/bench.sh): Google Benchmark.
+HOST_PACKAGES="$HOST_PACKAGES libbenchmark-dev"
 # The device's processor: the cross compiler, the emulator that runs the
 # ARMv7 tests, the test dependencies built for armhf, and musl for armhf.
 ARMV7_PACKAGES="g++-arm-linux-gnueabihf qemu-user libsafec-dev:armhf libgtest-dev:armhf musl-dev:armhf"

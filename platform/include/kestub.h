@@ -58,6 +58,16 @@ struct IpcCall {
 // Every call since reset(), in order.
 const std::vector<IpcCall> &ipc_calls();
 
+// Keep (true, the default after reset()) or stop keeping the record that
+// ipc_calls() returns; ipc_fail_nth counts every call either way.  For
+// benchmarks, where copying each request would be the stand-in's cost.
+void ipc_record(bool on);
+
+// Hand every call straight to handler: no record, script, failure, lookup
+// or observer (a transport that answers at once, for benchmarks).  nullptr,
+// or reset(), ends it.
+void ipc_answer_all(IpcHandler handler);
+
 // Make the nth next call (1 = the next one), whatever its name, answer
 // status without reaching any handler; for sweeping every failure site.
 void ipc_fail_nth(unsigned nth, uint32_t status);
@@ -221,6 +231,12 @@ void cm_fail(uint32_t table, uint32_t code, unsigned nth = 1);
 
 // Make the nth next operation on any table fail with code.
 void cm_fail_nth(unsigned nth, uint32_t code);
+
+// Answer every Get, Set, Add and Del with handler alone: no tables, no
+// injected failure, no record, no observer (a store that answers at once,
+// for benchmarks).  nullptr, or reset(), brings the tables back.
+using CmHandler = uint32_t (*)(CmOp op, uint32_t table, void *record, uint32_t size);
+void cm_serve(CmHandler handler);
 
 // A key field of a table's records: bytes [offset, offset + len).
 struct CmKeyField {

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "copy.h"
 #include "platform.h"
 #include "trace.h"
 
@@ -125,6 +126,12 @@ public:
     static constexpr uint32_t kSize = record_size(Id);
     static_assert(kSize != 0, "table missing from the index");
 
+    Record() : bytes_{} {}
+    // Zeroed with memset_s instead (a failure prints the copy line and
+    // goes on), for the writers whose records are cleared that way: the
+    // bytes are filled once, not twice.
+    explicit Record(Site site) { fill_zero(site, bytes_.data(), kSize); }
+
     uint8_t *data() { return bytes_.data(); }
     const uint8_t *data() const { return bytes_.data(); }
     static constexpr uint32_t size() { return kSize; }
@@ -165,7 +172,7 @@ private:
         return off <= kSize && n <= kSize - off;
     }
 
-    std::array<uint8_t, kSize> bytes_{};
+    std::array<uint8_t, kSize> bytes_;
 };
 
 // The record operations, always with the table's full record size.

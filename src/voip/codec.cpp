@@ -177,8 +177,7 @@ uint32_t ke_omci_tapi_voip_codec_set(const st_voip_codec *pst_codec)
     if (pst_codec == nullptr)
         return 1;
     const CodecCode &code = by_payload_type(pst_codec->uc_codec);
-    Codec::Rec entry;
-    blank(KE_SITE, entry);
+    Codec::Rec entry(KE_SITE);
     put(entry, Codec::kPriority, pst_codec->uc_priority);
     put(entry, Codec::kEntryId, pst_codec->uc_entry_id);
     put(entry, Codec::kCodec, code.code);
@@ -204,8 +203,7 @@ uint32_t ke_omci_tapi_voip_codec_get(st_voip_codec *pst_codec)
 {
     if (pst_codec == nullptr)
         return 1;
-    Codec::Rec entry;
-    blank(KE_SITE, entry);
+    Codec::Rec entry(KE_SITE);
     put(entry, Codec::kEntryId, pst_codec->uc_entry_id);
     if (load(KE_SITE, entry) != 0)
         return 1;

@@ -31,8 +31,7 @@ uint32_t ke_omci_tapi_voip_regtime_set(const st_voip_regtime *pst_regtime)
 {
     if (pst_regtime == nullptr)
         return 1;
-    LineProfile::Rec rec;
-    blank(KE_SITE, rec);
+    LineProfile::Rec rec(KE_SITE);
     put(rec, LineProfile::kLineId, pst_regtime->ui_line);
     write(rec, LineProfile::kRegExpTime, pst_regtime->us_reg_exp_time);
     write(rec, LineProfile::kReregHeadStartTime, pst_regtime->us_rereg_head_start_time);
@@ -43,8 +42,7 @@ uint32_t ke_omci_tapi_voip_regtime_get(st_voip_regtime *pst_regtime)
 {
     if (pst_regtime == nullptr)
         return 1;
-    LineProfile::Rec rec;
-    blank(KE_SITE, rec);
+    LineProfile::Rec rec(KE_SITE);
     if (load_line<LineProfile>(KE_SITE, rec, pst_regtime->ui_line) != 0)
         return 1;
     pst_regtime->us_reg_exp_time = static_cast<uint16_t>(get(rec, LineProfile::kRegExpTime));
@@ -73,8 +71,7 @@ uint32_t ke_omci_tapi_voip_sipauth_set(const st_voip_sipauth *pst_auth)
 {
     if (pst_auth == nullptr)
         return 1;
-    SipUser::Rec rec;
-    blank(KE_SITE, rec);
+    SipUser::Rec rec(KE_SITE);
     put(rec, SipUser::kLineId, pst_auth->ui_line);
     write(KE_SITE, rec, SipUser::kUserName, pst_auth->auc_user_name);
     write(KE_SITE, rec, SipUser::kPassword, pst_auth->auc_password);
@@ -86,8 +83,7 @@ uint32_t ke_omci_tapi_voip_sipauth_get(st_voip_sipauth *pst_auth)
 {
     if (pst_auth == nullptr)
         return 1;
-    SipUser::Rec rec;
-    blank(KE_SITE, rec);
+    SipUser::Rec rec(KE_SITE);
     if (load_line<SipUser>(KE_SITE, rec, pst_auth->ui_line) != 0)
         return 1;
     get(KE_SITE, rec, SipUser::kUserName, pst_auth->auc_user_name);
@@ -100,8 +96,7 @@ uint32_t ke_omci_tapi_voip_gain_set(const st_voip_gain *pst_gain)
 {
     if (pst_gain == nullptr)
         return 1;
-    LineGain::Rec rec;
-    blank(KE_SITE, rec);
+    LineGain::Rec rec(KE_SITE);
     put(rec, LineGain::kLineId, pst_gain->ui_line);
     write(rec, LineGain::kRxGain, pst_gain->ui_rx_gain);
     write(rec, LineGain::kTxGain, pst_gain->ui_tx_gain);
@@ -112,8 +107,7 @@ uint32_t ke_omci_tapi_voip_gain_get(st_voip_gain *pst_gain)
 {
     if (pst_gain == nullptr)
         return 1;
-    LineGain::Rec rec;
-    blank(KE_SITE, rec);
+    LineGain::Rec rec(KE_SITE);
     if (load_line<LineGain>(KE_SITE, rec, pst_gain->ui_line) != 0)
         return 1;
     pst_gain->ui_rx_gain = get(rec, LineGain::kRxGain);

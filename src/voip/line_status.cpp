@@ -51,8 +51,7 @@ uint32_t server_status(const UserRegInfo::Rec &reg)
 template <class L, uint32_t W>
 uint32_t read_counters(Site site, void *out, uint32_t line, Block<L::kTable, W> counters, size_t to)
 {
-    typename L::Rec rec;
-    blank(site, rec);
+    typename L::Rec rec(site);
     if (load_line<L>(site, rec, line) != 0)
         return 1;
     get(rec, counters, static_cast<uint8_t *>(out) + to);

@@ -13,10 +13,8 @@ uint32_t ke_omci_tapi_voip_rtp_set(const st_voip_rtp *pst_rtp)
 {
     if (pst_rtp == nullptr)
         return 1;
-    Rtp::Rec global;
-    LineProfile::Rec line;
-    blank(KE_SITE, global);
-    blank(KE_SITE, line);
+    Rtp::Rec global(KE_SITE);
+    LineProfile::Rec line(KE_SITE);
     write(global, Rtp::kRtpDscp, pst_rtp->ui_dscp);
     if (store(KE_SITE, global) != 0)
         return 1;
@@ -33,10 +31,8 @@ uint32_t ke_omci_tapi_voip_rtp_get(st_voip_rtp *pst_rtp)
 {
     if (pst_rtp == nullptr)
         return 1;
-    Rtp::Rec global;
-    LineProfile::Rec line;
-    blank(KE_SITE, global);
-    blank(KE_SITE, line);
+    Rtp::Rec global(KE_SITE);
+    LineProfile::Rec line(KE_SITE);
     if (load(KE_SITE, global) != 0)
         return 1;
     pst_rtp->ui_dscp = get(global, Rtp::kRtpDscp);

@@ -16,8 +16,7 @@ uint32_t server_set(Site site, const SipServer::Server &server, const st_voip_se
 {
     if (req == nullptr)
         return 1;
-    SipServer::Rec rec;
-    blank(site, rec);
+    SipServer::Rec rec(site);
     write(site, rec, server.address, req->auc_address);
     if (req->us_port != 0)
         write(rec, server.port, req->us_port);
@@ -38,8 +37,7 @@ uint32_t ke_omci_tapi_voip_udptcp_set(const st_voip_udptcp *pst_udptcp)
 {
     if (pst_udptcp == nullptr)
         return 1;
-    LineProfile::Rec rec;
-    blank(KE_SITE, rec);
+    LineProfile::Rec rec(KE_SITE);
     put(rec, LineProfile::kLineId, pst_udptcp->us_line);
     write(rec, LineProfile::kSipLocalPort, pst_udptcp->us_port);
     write(rec, LineProfile::kSipTos, pst_udptcp->us_tos);
@@ -67,8 +65,7 @@ uint32_t ke_omci_tapi_voip_agent_set(const st_voip_agent *pst_agent)
 {
     if (pst_agent == nullptr)
         return 1;
-    SipServer::Rec rec;
-    blank(KE_SITE, rec);
+    SipServer::Rec rec(KE_SITE);
     write(KE_SITE, rec, SipServer::kAgent.address, pst_agent->auc_address);
     write(rec, SipServer::kAgent.port, pst_agent->us_value);
     write(rec, SipServer::kAgent.transport, kTransport.to_stored(pst_agent->us_value));

@@ -8,13 +8,6 @@
 
 namespace ke::voip {
 
-// Zeroes rec with memset_s; a failure prints the copy line and goes on.
-template <uint32_t Table>
-inline void blank(Site site, Record<Table> &rec)
-{
-    fill_zero(site, rec.data(), rec.size());
-}
-
 // Writes rec: 0, or 1 with the INFO line under site.
 template <uint32_t Table>
 inline uint32_t store(Site site, Record<Table> &rec)
@@ -42,8 +35,7 @@ inline uint32_t load_line(Site site, typename L::Rec &rec, uint32_t line)
 template <uint32_t Table, class T>
 inline uint32_t store_field(Site site, Field<Table, T> field, uint32_t value)
 {
-    Record<Table> rec;
-    blank(site, rec);
+    Record<Table> rec(site);
     write(rec, field, value);
     return store(site, rec);
 }
@@ -53,8 +45,7 @@ template <class L, class T>
 inline uint32_t store_line_field(Site site, uint32_t line, Field<L::kTable, T> field,
                                  uint32_t value)
 {
-    typename L::Rec rec;
-    blank(site, rec);
+    typename L::Rec rec(site);
     put(rec, L::kLineId, line);
     write(rec, field, value);
     return store(site, rec);
@@ -64,8 +55,7 @@ inline uint32_t store_line_field(Site site, uint32_t line, Field<L::kTable, T> f
 template <uint32_t Table, class T>
 inline uint32_t load_field(Site site, Field<Table, T> field, T *value)
 {
-    Record<Table> rec;
-    blank(site, rec);
+    Record<Table> rec(site);
     if (load(site, rec) != 0)
         return 1;
     *value = get(rec, field);
@@ -76,8 +66,7 @@ inline uint32_t load_field(Site site, Field<Table, T> field, T *value)
 template <class L, class T>
 inline uint32_t load_line_field(Site site, uint32_t line, Field<L::kTable, T> field, T *value)
 {
-    typename L::Rec rec;
-    blank(site, rec);
+    typename L::Rec rec(site);
     if (load_line<L>(site, rec, line) != 0)
         return 1;
     *value = get(rec, field);

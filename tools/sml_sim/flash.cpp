@@ -5,10 +5,13 @@
 //
 // The boot flag names the section the device starts from (1: section 1,
 // anything else: section 0).  A download opens the other section, empties
-// it, appends every shard's bytes (exactly the shard's length) and ends
-// when the flag is written.  The booted section cannot be written; shards
+// it, appends every shard's bytes (exactly the shard's length, with one
+// unbuffered write, so that the file holds it once the reply is out) and
+// ends when the flag is written.  The booted section cannot be written; shards
 // outside a download, or of another download, are refused.
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -53,11 +56,10 @@ uint32_t &flag_of(FlashState &f)
     return f.boot_flag;
 }
 
-// Writes len bytes to a section file, from its start ("wb") or after what
-// it holds ("ab"); false when the flash cannot take them.
-bool write_file(const std::string &path, const char *mode, const void *data, size_t len)
+// Writes a whole file; false when the flash cannot take it.
+bool write_file(const std::string &path, const void *data, size_t len)
 {
-    FILE *out = std::fopen(path.c_str(), mode);
+    FILE *out = std::fopen(path.c_str(), "wb");
     if (out == nullptr)
         return false;
     bool ok = len == 0 || std::fwrite(data, 1, len, out) == len;
@@ -70,16 +72,33 @@ uint32_t flag_get(SimState &s, uint32_t &flag)
     return 0;
 }
 
+// Appends len bytes to the open section; false when the flash cannot
+// take them.
+bool append(int fd, const uint8_t *data, size_t len)
+{
+    while (len > 0) {
+        ssize_t n = ::write(fd, data, len);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        data += n;
+        len -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
 uint32_t flag_set(SimState &s, uint32_t &flag)
 {
     if (flag > 1)
         return kBadValue;
     FlashState &f = s.flash;
     std::string text = std::to_string(flag) + "\n";
-    if (!make_dir(f.dir) || !write_file(path_of(f, kFlagFile), "wb", text.data(), text.size()))
+    if (!make_dir(f.dir) || !write_file(path_of(f, kFlagFile), text.data(), text.size()))
         return kFull;
     flag_of(f) = flag;
     f.open_section = -1;
+    f.section.reset();
     return 0;
 }
 
@@ -90,8 +109,14 @@ uint32_t start(SimState &s, st_upgrade_start &rec)
         return kBadValue;
     if (rec.ui_section == booted_section(flag_of(f)))
         return kInUse;
-    if (!make_dir(f.dir) || !write_file(section_path(f, rec.ui_section), "wb", nullptr, 0))
+    f.section.reset();
+    int fd = -1;
+    if (make_dir(f.dir))
+        fd = ::open(section_path(f, rec.ui_section).c_str(),
+                    O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0)
         return kFull;
+    f.section.reset(fd);
     f.open_section = static_cast<int>(rec.ui_section);
     f.word = rec.ui_upgrade_word;
     f.written = 0;
@@ -105,8 +130,7 @@ uint32_t shard_write(SimState &s, st_upgrade_shard &rec)
         return kNoObject;
     if (rec.ui_upgrade_word != f.word || rec.ui_len > UPGRADE_SHARD_MAX)
         return kBadValue;
-    if (!write_file(section_path(f, static_cast<uint32_t>(f.open_section)), "ab", rec.auc_data,
-                    rec.ui_len))
+    if (!append(f.section.fd(), rec.auc_data, rec.ui_len))
         return kFull;
     f.written += rec.ui_len;
     return 0;

@@ -5,6 +5,8 @@
 #ifndef KE_SML_SIM_STATE_H
 #define KE_SML_SIM_STATE_H
 
+#include <unistd.h>
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -87,12 +89,32 @@ struct PortState {
     std::map<uint32_t, st_port_attr> ports;  // user ports, made on first use
 };
 
+// A file descriptor, closed with its holder.
+class OpenFile {
+public:
+    OpenFile() = default;
+    ~OpenFile() { reset(); }
+    OpenFile(const OpenFile &) = delete;
+    OpenFile &operator=(const OpenFile &) = delete;
+    int fd() const { return fd_; }
+    void reset(int fd = -1)
+    {
+        if (fd_ >= 0)
+            ::close(fd_);
+        fd_ = fd;
+    }
+
+private:
+    int fd_ = -1;
+};
+
 // The flash: two image sections and the boot flag, files in dir.
 struct FlashState {
     std::string dir;
     bool flag_loaded = false;  // the flag file read (or found missing)
     uint32_t boot_flag = 0;
     int open_section = -1;     // the download's section, -1: none open
+    OpenFile section;          // its file, open from the start to the flag
     uint32_t word = 0;         // the download's word, sent with every shard
     uint64_t written = 0;
 };
