@@ -1969,10 +1969,21 @@ const char *reported_as(const Row &row, const Site &s)
         const std::string name = line.substr(1, line.find('(') - 1);
         if (name != reported_as(row, s))
             return ::testing::AssertionFailure() << "traced under " << name << ": " << line;
+        // A procedure's failure may be followed by one line of its caller,
+        // with 1; nothing else is traced.
+        std::string rest = r.printed;
+        rest.erase(rest.find(line), line.size());
+        const std::string own = line_with(rest, "i_ret =");
+        if (!own.empty() &&
+            (name == row.function || !ketest::parse_info_line(own, &func, &at, 1) ||
+             rest.find("i_ret =", rest.find(own) + own.size()) != std::string::npos))
+            return ::testing::AssertionFailure() << "more failed-call lines: " << r.printed;
         break;
     }
     case Trace::kSilent:
-        if (r.printed.find(code) != std::string::npos)
+        // Neither the code nor any failed-call line ("ui_ret =", "i_ret =").
+        if (r.printed.find(code) != std::string::npos ||
+            r.printed.find("i_ret =") != std::string::npos)
             return ::testing::AssertionFailure() << "traced " << code << ": " << r.printed;
         break;
     case Trace::kCopyLine: {
