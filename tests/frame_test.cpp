@@ -1,5 +1,5 @@
 // The remote-call frame, seen through exported functions: tracing and the
-// log gate, status mapping, bounded copies, and outputs after failures.
+// log gate, the request of a missing block, unserved names.
 #include <string>
 
 #include "ke_omci_tapi/pon.h"

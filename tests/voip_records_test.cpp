@@ -1,6 +1,6 @@
 // Every VoIP setter: the exact records it hands the configuration manager
-// (fields at odd offsets, mask words, untouched bytes zero), and how every
-// VoIP function reports a failed table operation.
+// (fields at odd offsets, mask words, untouched bytes zero), what the RTP
+// setter keeps after a failed write, and refused arguments.
 #include <functional>
 
 #include "ke_omci_tapi/voip.h"
