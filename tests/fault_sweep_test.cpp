@@ -2229,36 +2229,6 @@ TEST_F(FaultSweep, HeapCounterSeesTheCLibraryButNotThePlatform)
     EXPECT_EQ(kestub::ipc_calls().size(), 1u);  // recorded, so the stand-in allocated
 }
 
-// A connection count the configuration manager failed to give is no
-// count: the table reads as empty and no list is taken for it.
-TEST_F(FaultSweep, UnreadableConnectionCountIsAnEmptyTable)
-{
-    struct Case {
-        const char *what;
-        uint32_t (*call)();
-        uint32_t status;
-    };
-    const Case cases[] = {
-        {"get", [] { return FN(ke_omci_tapi_voip_wan_get)(&g_ctx.wan_attr); }, 0x70000000},
-        {"delete", [] { return FN(ke_omci_tapi_voip_wan_del)(1); }, 0},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        world();
-        ASSERT_EQ(g_lib->open(), "");
-        write_inputs(g_ctx);
-        g_rec = Recorder{};
-        g_rec.on = true;
-        kestub::cm_fail_nth(1, kTableFailure);
-        uint32_t status = 0;
-        ketest::printed([&] { status = c.call(); });
-        g_rec.on = false;
-        g_lib->close();
-        EXPECT_EQ(hex(status), hex(c.status));
-        ASSERT_EQ(g_rec.ops.size(), 1u) << "after the count: " << g_rec.ops.back().label;
-        EXPECT_EQ(g_rec.ops[0].label, "GetEntryNum 448");
-    }
-}
 
 // Every exported function has at least one row, and every row names one.
 TEST_F(FaultSweep, EveryExportedFunctionHasARow)

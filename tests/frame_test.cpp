@@ -12,16 +12,6 @@ using ketest::printed;
 
 class Frame : public ketest::StubTest {};
 
-TEST_F(Frame, ClosedGateTracesNothingButStillFails)
-{
-    kestub::log_set(false);
-    kestub::ipc_script("ke_ke_sml_gpon_tcont_set_call", 0x1234);
-    uint32_t ret = 0;
-    std::string out = printed([&] { ret = ke_omci_tapi_tcont_set(3, 7); });
-    EXPECT_EQ(ret, 1u);
-    EXPECT_EQ(out, "");
-    EXPECT_EQ(kestub::log_queries(), 1u);
-}
 
 
 TEST_F(Frame, GateIsAskedAgainBeforeEveryLine)
