@@ -106,33 +106,5 @@ TEST_F(Upgrade, ShardGoesOutWholeWithTheLatestStartsWord)
     EXPECT_EQ(word_of_next_shard(), 333u);
 }
 
-TEST_F(Upgrade, EachFailedCallTracesItsOwnLineAndStops)
-{
-    struct {
-        uint32_t (*invoke)();
-        unsigned failing;
-        Names calls;
-    } cases[] = {
-        {[] { return ke_omci_tapi_upgrade_start(5, kInfo); }, 1, {kFlagGet}},
-        {[] { return ke_omci_tapi_upgrade_start(5, kInfo); }, 2, {kFlagGet, kStart}},
-        {[] { return ke_omci_tapi_upgrade_stop(); }, 1, {kFlagGet}},
-        {[] { return ke_omci_tapi_upgrade_stop(); }, 2, {kFlagGet, kFlagSet}},
-        {[] { return ke_omci_tapi_upgrade_write(kInfo, 4); }, 1, {kWrite}},
-    };
-    int lines[5] = {};
-    for (size_t i = 0; i < 5; ++i) {
-        kestub::reset();
-        kestub::log_set(true);
-        kestub::ipc_serve_default([](void *, uint32_t) { return 0u; });
-        kestub::ipc_fail_nth(cases[i].failing, 0x72200008);
-        std::string out = printed([&] { EXPECT_EQ(cases[i].invoke(), 1u) << i; });
-        EXPECT_EQ(call_names(), cases[i].calls) << i;
-        std::string func;
-        EXPECT_TRUE(ketest::parse_info_line(out, &func, &lines[i], 0x72200008)) << out;
-        EXPECT_EQ(func.rfind("ke_omci_tapi_upgrade_", 0), 0u) << func;
-    }
-    EXPECT_NE(lines[0], lines[1]);
-    EXPECT_NE(lines[2], lines[3]);
-}
 
 }  // namespace

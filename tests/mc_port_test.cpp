@@ -83,50 +83,6 @@ TEST_F(McPort, RateAndGroupNumberRecords)
     EXPECT_TRUE(kestub::cm_calls().empty());
 }
 
-// Each setter on port 1, the table it writes, the log name of that write,
-// and the dump line of the cached value, which a failed write keeps.
-TEST_F(McPort, FailedWriteLeavesTheCacheAsItWas)
-{
-    struct {
-        uint32_t table;
-        const char *log_name;
-        Setter set;
-        std::function<std::string(uint32_t)> line;
-    } cases[] = {
-        {822, "ke_omci_mc_port_set_proc",
-         [](uint32_t v) {
-             st_mc_igmp_attr a = {1, v, 3, v};
-             return ke_omci_tapi_mc_igmp_attr_set(1, &a);
-         },
-         [](uint32_t v) { return "igmp upmode [1] uppri [3] upvlan [" + str(v) + "]\n"; }},
-        {822, "ke_omci_mc_port_set_proc",
-         [](uint32_t v) { return ke_omci_tapi_mc_tagact_set(1, v); },
-         [](uint32_t v) { return "down tagact[" + str(v) + "] usrvlan[0]\n"; }},
-        {822, "ke_omci_mc_port_set_proc",
-         [](uint32_t v) { return ke_omci_tapi_mc_usr_vlan_set(1, v); },
-         [](uint32_t v) { return "down tagact[0] usrvlan[" + str(v) + "]\n"; }},
-        {825, "ke_omci_tapi_mc_uprate_set_proc",
-         [](uint32_t v) { return ke_omci_tapi_mc_uprate_set(1, v); },
-         [](uint32_t v) { return "uprate [" + str(v) + "]\n"; }},
-        {818, "ke_omci_tapi_mc_group_num_set_proc",
-         [](uint32_t v) { return ke_omci_tapi_mc_group_num_set(1, v); },
-         [](uint32_t v) { return "group num [" + str(v) + "]\n"; }},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.log_name);
-        ASSERT_EQ(c.set(1), 0u);
-        kestub::cm_fail(c.table, 0x66);
-        kestub::log_set(true);
-        uint32_t ret = 0;
-        std::string out = ketest::printed([&] { ret = c.set(0); });
-        kestub::log_set(false);
-        EXPECT_EQ(ret, 1u);
-        EXPECT_EQ(ketest::traced(out), ketest::info(c.log_name, 0x66));
-        EXPECT_TRUE(dump_has(1, c.line(1)));
-        ASSERT_EQ(c.set(0), 0u);
-        EXPECT_TRUE(dump_has(1, c.line(0)));
-    }
-}
 
 // Rejected codes, and ports the cache cannot hold: the value error is
 // reported, nothing is written, the cached settings stay.

@@ -80,14 +80,6 @@ TEST_F(Pon, InOutGettersLeaveTheReplyInTheCallersWord)
     }
 }
 
-TEST_F(Pon, TcontNumberMapsAFailureToOneWhileGemportNumberPassesItThrough)
-{
-    kestub::ipc_script("ke_ke_sml_gpon_tcont_num_get_call", 0x72200008);
-    kestub::ipc_script("ke_ke_sml_gpon_gemport_num_get_call", 0x72200008);
-    uint32_t n = 0;
-    EXPECT_EQ(ke_omci_tapi_tcont_num_get(&n), 1u);
-    EXPECT_EQ(ke_omci_tapi_gemport_num_get(&n), 0x72200008u);
-}
 
 TEST_F(Pon, TcontSetSendsIndexAndAllocId)
 {

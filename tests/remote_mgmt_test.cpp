@@ -83,43 +83,8 @@ TEST_F(RemoteMgmt, FlagsStoreOneOnlyForOneAndEachWritesOnlyItsOwnWord)
     EXPECT_EQ(out, 1u);
 }
 
-TEST_F(RemoteMgmt, TableFailuresReturnOneTraceAndLeaveOutputs)
+TEST_F(RemoteMgmt, NullRecordsAreRefusedWithoutATableOperation)
 {
-    st_tr069_server req = server('x'), out = server('p');
-    uint32_t value = 1, word = 0x33;
-    struct Case {
-        const char *name;
-        uint32_t table;
-        std::function<uint32_t()> call;
-    } cases[] = {
-#define CASE(fn, table, arg)                                                                       \
-    {                                                                                              \
-#fn, table, [&] { return fn(arg); }                                                        \
-    }
-        CASE(ke_omci_tapi_tr069_server_set, 524, &req),
-        CASE(ke_omci_tapi_tr069_server_get, 524, &out),
-        CASE(ke_omci_tapi_voip_conf_set, 668, &value),
-        CASE(ke_omci_tapi_voip_conf_get, 668, &word),
-        CASE(ke_omci_tapi_tr069_conf_set, 668, &value),
-#undef CASE
-    };
-    for (const Case &c : cases) {
-        kestub::reset();
-        ketest::preload(668, Image(16).u32(4, 1));
-        ketest::preload(524, Image(2187));
-        kestub::cm_fail(c.table, 0x72300040);
-        kestub::log_set(true);
-        uint32_t ret = 0;
-        std::string text = ketest::printed([&] { ret = c.call(); });
-        EXPECT_EQ(ret, 1u) << c.name;
-        EXPECT_EQ(ketest::infos(text),
-                  std::vector<std::string>{std::string(c.name) + "/0x72300040"});
-    }
-    st_tr069_server same = server('p');
-    EXPECT_EQ(std::memcmp(&out, &same, sizeof out), 0);
-    EXPECT_EQ(word, 0x33u);
-
-    kestub::reset();
     const uint32_t refused[] = {
         ke_omci_tapi_tr069_server_set(nullptr), ke_omci_tapi_tr069_server_get(nullptr),
         ke_omci_tapi_voip_conf_set(nullptr), ke_omci_tapi_voip_conf_get(nullptr),

@@ -451,82 +451,23 @@ TEST_F(VoipWan, GetReturnsTheValuesInUseAndTheConfiguredDns)
     EXPECT_EQ(a.us_service, 0);
 }
 
-TEST_F(VoipWan, GetFailuresLeaveTheCallersRecord)
+// Failed table operations and allocations are the fault sweep's; these
+// are the answers without a failure.
+TEST_F(VoipWan, GetOfAMissingConnectionLeavesTheCallersRecord)
 {
-    struct {
-        const char *label;
-        uint16_t service;
-        void (*arrange)();
-        uint32_t ret;
-    } cases[] = {
-        {"no memory", 0, [] { kestub::os_fail_malloc(1); }, 0x7000001b},
-        {"list read fails", 0, [] { kestub::cm_fail(kList, 5); }, 1},
-        {"connection read fails", 0, [] { kestub::cm_fail(kConn, 5, 2); }, 1},
-        {"state read fails", 0, [] { kestub::cm_fail(kState, 5); }, 1},
-        {"no connection of the service", 1, [] {}, 0x70000000},
-    };
-    for (const auto &c : cases) {
-        restart();
-        kestub::log_set(true);
-        preload_voice();
-        c.arrange();
-        st_voip_wan_attr a;
-        std::memset(&a, 0x5A, sizeof a);
-        a.us_service = c.service;
-        st_voip_wan_attr before = a;
-        uint32_t ret = 0;
-        std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_get(&a); });
-        EXPECT_EQ(ret, c.ret) << c.label;
-        EXPECT_EQ(out, "") << c.label;
-        EXPECT_EQ(bytes_of(a), bytes_of(before)) << c.label;
-    }
+    preload_voice();
+    st_voip_wan_attr a;
+    std::memset(&a, 0x5A, sizeof a);
+    a.us_service = 1;
+    const st_voip_wan_attr before = a;
+    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0x70000000u);
+    EXPECT_EQ(bytes_of(a), bytes_of(before));
     // An empty table is no connection, without an allocation.
     restart();
-    st_voip_wan_attr a = attr_for(0);
-    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0x70000000u);
+    st_voip_wan_attr b = attr_for(0);
+    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&b), 0x70000000u);
     EXPECT_EQ(kestub::os_malloc_calls(), 0u);
     EXPECT_EQ(ke_omci_tapi_voip_wan_get(nullptr), 0x70000000u);
-}
-
-TEST_F(VoipWan, SetFailuresAreTracedUnderTheirSteps)
-{
-    struct {
-        const char *label;
-        void (*arrange)();
-        const char *step;
-    } cases[] = {
-        {"list read", [] { kestub::cm_fail(kList, 0x31); }, "ke_omci_tapi_voip_get_wan"},
-        {"connection read", [] { kestub::cm_fail(kConn, 0x31, 1); }, "ke_omci_tapi_voip_get_wan"},
-        {"connection write", [] { kestub::cm_fail(kConn, 0x31, 2); }, "ke_omci_tapi_voip_set_wan"},
-    };
-    std::vector<std::string> lines;
-    for (bool gate : {true, false}) {
-        for (const auto &c : cases) {
-            clear_status();
-            kestub::log_set(gate);
-            preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
-            c.arrange();
-            st_voip_wan_attr a = attr_for(1);
-            a.ui_gateway = addr("10.0.0.9");
-            a.ui_gateway_set = 1;
-            uint32_t ret = 0;
-            std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_set(&a); });
-            EXPECT_EQ(ret, 1u) << c.label;
-            expect_status(0, c.label);
-            if (!gate) {
-                EXPECT_EQ(out, "") << c.label;
-                continue;
-            }
-            std::string head = std::string("[") + c.step + "(";
-            ASSERT_EQ(out.rfind(head, 0), 0u) << out;
-            int line = std::atoi(out.c_str() + head.size());
-            EXPECT_EQ(out, head + std::to_string(line) + ")][INFO]:i_ret =0x31\n") << c.label;
-            lines.push_back(out);
-        }
-    }
-    // Each failure site has its own line.
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_NE(lines[0], lines[1]);
 }
 
 TEST_F(VoipWan, CopyFailuresArePrintedUnderTheReportingName)
@@ -571,38 +512,11 @@ TEST_F(VoipWan, DeleteRemovesTheConnectionAsRead)
     EXPECT_EQ(kestub::os_malloc_calls(), 1u);
 }
 
-TEST_F(VoipWan, DeleteFailures)
+TEST_F(VoipWan, DeleteOfAMissingConnectionIsASuccess)
 {
-    struct {
-        const char *label;
-        uint32_t service;
-        void (*arrange)();
-        uint32_t ret;
-        bool traced;
-    } cases[] = {
-        {"no memory", 1, [] { kestub::os_fail_malloc(1); }, 0x7000001b, false},
-        {"list read fails", 1, [] { kestub::cm_fail(kList, 0x44); }, 0, true},
-        {"connection read fails", 1, [] { kestub::cm_fail(kConn, 0x44, 2); }, 1, false},
-        {"delete fails", 1, [] { kestub::cm_fail(kConn, 0x44, 3); }, 1, false},
-        {"no connection of the service", 0, [] {}, 0, false},
-    };
-    for (const auto &c : cases) {
-        restart();
-        kestub::log_set(true);
-        preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
-        c.arrange();
-        uint32_t ret = 0;
-        std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_del(c.service); });
-        EXPECT_EQ(ret, c.ret) << c.label;
-        if (!c.traced) {
-            EXPECT_EQ(out, "") << c.label;
-            continue;
-        }
-        std::string func;
-        int line = 0;
-        EXPECT_TRUE(ketest::parse_info_line(out, &func, &line, 0x44)) << out;
-        EXPECT_EQ(func, "ke_omci_tapi_voip_wan_del");
-    }
+    preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
+    EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
+    EXPECT_EQ(kestub::cm_entries(kConn).size(), 1u);
     restart();
     EXPECT_EQ(ke_omci_tapi_voip_wan_del(1), 0u);  // empty table
     EXPECT_EQ(kestub::os_malloc_calls(), 0u);

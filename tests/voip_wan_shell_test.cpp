@@ -202,12 +202,13 @@ TEST(UciAddress, BytesToDottedText)
     EXPECT_EQ(omci_iptochar(addr, nullptr, sizeof text), 1u);
     EXPECT_STREQ(text, "untouched");
 
-    // A buffer too small for the text is never written past.
-    char small[12];
+    // A buffer one byte short of the text is left empty, never written past.
+    char small[19];
     std::memset(small, 'x', sizeof small);
     const uint8_t wide[4] = {255, 255, 255, 255};
-    EXPECT_EQ(omci_iptochar(wide, small, 8), 0u);
-    EXPECT_EQ(std::string(small + 8, 4), "xxxx");
+    EXPECT_EQ(omci_iptochar(wide, small, 15), 0u);
+    EXPECT_EQ(small[0], '\0');
+    EXPECT_EQ(std::string(small + 15, 4), "xxxx");
 }
 
 TEST(UciAddress, DottedTextToTheAddressWord)
