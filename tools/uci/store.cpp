@@ -4,7 +4,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 #include "parse.h"
 #include "staging.h"
@@ -40,12 +44,73 @@ bool is_regular_file(const std::string &path)
     return stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+// A commit in three steps, each safe to be killed after:
+//   1. the new file is written beside the package's file (<name>.uci-new);
+//   2. the staged changes are claimed (renamed to <name>.committing): from
+//      here on the commit is decided and nothing replays them a second time;
+//   3. the new file is renamed over the old one and the claim removed.
+// A read that finds a claim finishes step 3 itself, so a kill anywhere
+// leaves what reads show either as before the commit or as after it, and
+// a change such as an added section never applies twice.  The temporary
+// names are not package names.
+//
+// UCI_CRASH_AFTER=<step> ("written", "claimed", "renamed") kills the
+// program right after that step, for the tests of what a kill leaves.
+void crash_point(const char *step)
+{
+    const char *at = std::getenv("UCI_CRASH_AFTER");
+    if (at != nullptr && std::strcmp(at, step) == 0)
+        std::raise(SIGKILL);
+}
+
+std::string fresh_path(const Store &store, const std::string &name)
+{
+    return path_of(store.config_dir, name) + ".uci-new";
+}
+
+std::string claim_path(const Store &store, const std::string &name)
+{
+    return path_of(store.save_dir, name) + ".committing";
+}
+
+// Step 3, for the commit that claimed the changes or for a later read.
+// True when no claimed change is left outside the package's file; false
+// when the rename failed, so that a read must still replay the claim.
+bool finish_commit(const Store &store, const std::string &name)
+{
+    std::string claim = claim_path(store, name);
+    if (!is_regular_file(claim))
+        return true;
+    std::string fresh = fresh_path(store, name);
+    // No new file: an earlier finish renamed it and was stopped before
+    // it removed the claim.
+    if (std::rename(fresh.c_str(), path_of(store.config_dir, name).c_str()) != 0 &&
+        errno != ENOENT)
+        return false;
+    crash_point("renamed");
+    std::remove(claim.c_str());
+    return true;
+}
+
+// Replays the staged changes in the file at path, if there is one.
+bool replay(const std::string &path, Package *pkg, std::string *why)
+{
+    std::string staged;
+    ParseError err;
+    if (read_file(path, &staged) && !apply_staged(staged, pkg, &err)) {
+        *why = err.what + " at line " + std::to_string(err.line) + " of " + path;
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 LoadResult load(const Store &store, const std::string &name, Package *pkg, std::string *why)
 {
     if (!valid_package(name))
         return LoadResult::Invalid;
+    const bool claim_in_file = finish_commit(store, name);
     std::string path = path_of(store.config_dir, name);
     std::string text;
     if (!is_regular_file(path) || !read_file(path, &text))
@@ -56,12 +121,9 @@ LoadResult load(const Store &store, const std::string &name, Package *pkg, std::
         *why = err.what + " at line " + std::to_string(err.line) + " of " + path;
         return LoadResult::ParseFailed;
     }
-    std::string staged_path = path_of(store.save_dir, name);
-    std::string staged;
-    if (read_file(staged_path, &staged) && !apply_staged(staged, pkg, &err)) {
-        *why = err.what + " at line " + std::to_string(err.line) + " of " + staged_path;
+    if ((!claim_in_file && !replay(claim_path(store, name), pkg, why)) ||
+        !replay(path_of(store.save_dir, name), pkg, why))
         return LoadResult::ParseFailed;
-    }
     return LoadResult::Ok;
 }
 
@@ -74,18 +136,27 @@ bool stage(const Store &store, const std::string &package, const std::vector<std
 
 bool commit(const Store &store, const Package &pkg)
 {
-    // Written beside the file and renamed over it, so that a reader never
-    // sees half a file.  The temporary name is not a package name.
-    std::string path = path_of(store.config_dir, pkg.name);
-    std::string tmp = path + ".uci-new";
-    FILE *f = std::fopen(tmp.c_str(), "wb");
-    if (f == nullptr || !write_all(f, format_package(pkg)) ||
-        std::rename(tmp.c_str(), path.c_str()) != 0) {
-        std::remove(tmp.c_str());
+    std::string fresh = fresh_path(store, pkg.name);
+    FILE *f = std::fopen(fresh.c_str(), "wb");
+    if (f == nullptr || !write_all(f, format_package(pkg))) {
+        std::remove(fresh.c_str());
         return false;
     }
-    std::remove(path_of(store.save_dir, pkg.name).c_str());
-    return true;
+    crash_point("written");
+    std::string staged = path_of(store.save_dir, pkg.name);
+    if (std::rename(staged.c_str(), claim_path(store, pkg.name).c_str()) != 0) {
+        if (errno != ENOENT) {
+            std::remove(fresh.c_str());
+            return false;
+        }
+        // Nothing staged: the rename alone is the commit.
+        if (std::rename(fresh.c_str(), path_of(store.config_dir, pkg.name).c_str()) == 0)
+            return true;
+        std::remove(fresh.c_str());
+        return false;
+    }
+    crash_point("claimed");
+    return finish_commit(store, pkg.name);
 }
 
 std::vector<std::string> packages_in(const std::string &dir)

@@ -24,8 +24,9 @@ LoadResult load(const Store &store, const std::string &name, Package *pkg, std::
 // Appends one change to the package's staged changes.
 bool stage(const Store &store, const std::string &package, const std::vector<std::string> &words);
 
-// Writes the package (as loaded, staged changes included) to its file,
-// then drops its staged changes.
+// Replaces the package's file with the package (as loaded, staged changes
+// included) and drops its staged changes, so that a kill at any moment
+// leaves reads showing either the old state or the new one.
 bool commit(const Store &store, const Package &pkg);
 
 // The valid package names that have a file in dir, sorted.
