@@ -25,7 +25,9 @@ targets=${*:-"served_calls uci_config uci_command voip_wan ipc_server omci_shell
 
 build=build/fuzz
 mkdir -p "$build"
-{ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DKE_FUZZ=ON \
+# Optimised (-O2 -g), as fuzzers usually are: the sanitizers check the same,
+# at about twice the executions per second of -O0.
+{ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKE_FUZZ=ON \
     -DKE_BUILD_TESTS=OFF && cmake --build "$build" -j"$(nproc)" --target fuzzers; } \
     >"$build/build.log" 2>&1 || { tail -40 "$build/build.log"; exit 1; }
 
