@@ -99,8 +99,6 @@ TEST(IpcSection, ListsTheThreeServedEntriesInOrder)
         EXPECT_STREQ(found.dli_sname, name);
         ASSERT_NE(sym, nullptr);
         EXPECT_EQ(ELF64_ST_TYPE(sym->st_info), STT_FUNC) << name;
-        EXPECT_EQ(reinterpret_cast<uint32_t (*)(void *, uint32_t)>(entry)(nullptr, 0),
-                  0x72200008u);
     }
     dlclose(handle);
 }
