@@ -744,17 +744,10 @@ TEST_F(SimTest, DownloadsWriteTheOtherSectionAndSwitchTheBootFlag)
 TEST_F(SimTest, ShardsOutsideADownloadAreRefused)
 {
     const uint8_t data[8] = {1};
-    st_upgrade_start booted{};
-    booted.ui_section = 0;  // the flag is 0: section 0 runs
-    st_upgrade_start other{};
-    other.ui_section = 1;
-    other.ui_upgrade_word = 5;
-    st_upgrade_shard stranger{};
-    stranger.ui_upgrade_word = 6;
-    stranger.ui_len = 4;
-    st_upgrade_shard too_long{};
-    too_long.ui_upgrade_word = 5;
-    too_long.ui_len = UPGRADE_SHARD_MAX + 1;
+    st_upgrade_start booted{0, 0, 0, {}};  // the flag is 0: section 0 runs
+    st_upgrade_start other{1, 5, 0, {}};
+    st_upgrade_shard stranger{6, 4, {}};
+    st_upgrade_shard too_long{5, UPGRADE_SHARD_MAX + 1, {}};
     uint32_t flag = 2;
     run_steps({
         {"a shard before any start", 1, [&] { return ke_omci_tapi_upgrade_write(data, 8); }},
