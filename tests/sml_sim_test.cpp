@@ -236,19 +236,6 @@ TEST_F(SimTest, BadProfilesNameTheLine)
     }
 }
 
-TEST_F(SimTest, PrintedProfileLoadsBackToTheSameReplies)
-{
-    Profile edited = with("product_type = \"Other type\"\nsn = ZZZZ0000FFFF\nmac = 02:00:00:00:00:09\n"
-                          "id_c = \"\"\ngemports = 9\n");
-    Profile loaded = smlsim::default_profile();
-    std::string why;
-    ASSERT_TRUE(smlsim::apply_profile(smlsim::profile_text(edited), &loaded, &why)) << why;
-    EXPECT_EQ(loaded.sysinfo, edited.sysinfo);
-    EXPECT_EQ(loaded.board, edited.board);
-    EXPECT_EQ(loaded.settings, edited.settings);
-    EXPECT_NE(smlsim::profile_text(edited).find("\nsn = ZZZZ0000FFFF\n"), std::string::npos);
-}
-
 TEST_F(SimTest, PortTypeComesFromTheProfile)
 {
     struct Case {
