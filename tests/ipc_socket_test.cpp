@@ -154,12 +154,15 @@ TEST_F(SocketTest, UnservedNameAnswersAtOnce)
     EXPECT_LT(ketest::ms_since(start), 500);
 }
 
-TEST_F(SocketTest, ServerDyingMidCallEndsTheCall)
+TEST_F(SocketTest, LiveServersKeepTheirNamesDyingOnesEndTheCallAndLeaveThem)
 {
     Process server;
     start_server(server);
     if (IsSkipped())
         return;
+    kestub::ipc_serve("t_bump_call", bump);
+    EXPECT_EQ(kestub::serve_start(), -1);
+    EXPECT_TRUE(kestub::served_names().empty());
     std::thread killer([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         server.kill_now();
@@ -171,9 +174,14 @@ TEST_F(SocketTest, ServerDyingMidCallEndsTheCall)
     killer.join();
     EXPECT_EQ(status, kestub::kIpcLost);
     EXPECT_LT(took, static_cast<long>(kestub::kIpcTimeoutMs));
-    // Its socket files stay behind, but nobody answers on them.
+    // Its socket files stay behind; nobody answers on them, and they are
+    // taken over.
     EXPECT_TRUE(ketest::exists(run / "ipc/t_slow_call"));
     EXPECT_EQ(ke_ipc_call("t_slow_call", buf, 4), kestub::kIpcNoServer);
+    EXPECT_GE(kestub::serve_start(), 1);
+    EXPECT_TRUE(serves("t_bump_call"));
+    kestub::serve_stop();
+    EXPECT_FALSE(ketest::exists(run / "ipc/t_bump_call"));
 }
 
 TEST_F(SocketTest, StoppedServerTimesOutWithinTheBound)
@@ -199,24 +207,6 @@ TEST_F(SocketTest, StoppedServerTimesOutWithinTheBound)
     EXPECT_GE(took, 350);
     EXPECT_LT(took, 2000);
     server.signal(SIGCONT);
-}
-
-TEST_F(SocketTest, DeadServersNamesAreTakenOverLiveOnesAreNot)
-{
-    Process first;
-    start_server(first);
-    if (IsSkipped())
-        return;
-    // A live server keeps its names.
-    kestub::ipc_serve("t_bump_call", bump);
-    EXPECT_EQ(kestub::serve_start(), -1);
-    EXPECT_TRUE(kestub::served_names().empty());
-    first.kill_now();
-    // Once it is gone, its left-over socket is taken over.
-    EXPECT_GE(kestub::serve_start(), 1);
-    EXPECT_TRUE(serves("t_bump_call"));
-    kestub::serve_stop();
-    EXPECT_FALSE(ketest::exists(run / "ipc/t_bump_call"));
 }
 
 // ---- The served-call list of loaded libraries ---------------------------
