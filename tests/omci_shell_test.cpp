@@ -427,7 +427,7 @@ TEST_F(DownloadTest, ImageGoesOutInShardsBetweenStartAndStop)
     std::free(bar);
     EXPECT_EQ(drawn.substr(0, 10), "\rdownload ") << drawn;
     EXPECT_EQ(drawn.substr(drawn.size() - 21), "] 100%   0.0/0.0 MiB\n") << drawn;
-    EXPECT_EQ(ketest::read_file(smlsim::section_path(sim->state().flash, 1)), image);
+    EXPECT_TRUE(ketest::read_file(smlsim::section_path(sim->state().flash, 1)) == image);
     EXPECT_EQ(sim->state().flash.boot_flag, 1u);  // section 1 written, then booted
     const auto &calls = kestub::ipc_calls();
     auto start = std::find_if(calls.begin(), calls.end(), [](const kestub::IpcCall &c) {
