@@ -1,14 +1,14 @@
 // The record layouts the bench's programs share: every public record and
 // every configuration table described soundly, values of every kind shown
-// and typed.  The table layouts are built from the public records and the
-// library's own offset tables; the demo's scenario reads what the library
-// wrote back through them by name.
-#include <gtest/gtest.h>
-
+// and typed, and the table layouts lined up with what the library writes.
+#include <algorithm>
+#include <functional>
 #include <set>
 
 #include "cm_table.h"
+#include "ke_omci_tapi/ke_omci_tapi.h"
 #include "record.h"
+#include "stub_test.h"
 #include "tables.h"
 #include "text.h"
 
@@ -193,6 +193,60 @@ TEST(Records, NumbersAsTyped)
         }
         uint32_t w = 0;
         EXPECT_EQ(ketool::parse_u32(c.text, &w), c.ok && c.value <= 0xffffffffu);
+    }
+}
+
+// What the library writes, decoded by the table layouts: each value under
+// its own name (the demo's scenario reads the VLAN translation and SIP
+// server tables back by name).
+class TableLayouts : public ketest::StubTest {};
+
+TEST_F(TableLayouts, LineUpWithWhatTheLibraryWrites)
+{
+    struct Case {
+        const char *what;
+        uint32_t table;
+        std::function<void()> write;
+        std::vector<std::string> lines;  // each must be among the decoded lines
+    };
+    st_voip_rtp rtp{1, 50000, 50100, 46};
+    st_voip_sipauth auth{};
+    auth.ui_line = 1;
+    std::memcpy(auth.auc_user_name, "1001", 4);
+    st_tr069_server acs{};
+    std::memcpy(acs.auc_acs_url, "http://acs.example", 18);
+    st_mc_igmp_attr igmp{1, 100, 5, 0x101};
+    st_port_mode_update mode{};
+    mode.ui_sfu_mode = 1;
+    mode.uc_port = 2;
+    uint32_t conf = 1;
+    const Case cases[] = {
+        {"rtp", 473, [&] { ke_omci_tapi_voip_rtp_set(&rtp); },
+         {"ucLineId = 1", "ulRtpPortMin = 50000 (0xc350)", "ulRtpPortMax = 50100 (0xc3b4)",
+          "ucRtpDscp = 46 (0x2e)"}},
+        {"rtp dscp", 476, [&] { ke_omci_tapi_voip_rtp_set(&rtp); }, {"ucRtpDscp = 46 (0x2e)"}},
+        {"sip user", 471, [&] { ke_omci_tapi_voip_sipauth_set(&auth); },
+         {"ucLineId = 1", "acUserName = \"1001\"", "ulMask = 14 (0xe)"}},
+        {"acs", 524, [&] { ke_omci_tapi_tr069_server_set(&acs); },
+         {"acAcsUrl = \"http://acs.example\"", "ulMask = 592 (0x250)"}},
+        {"conf", 668, [&] { ke_omci_tapi_voip_conf_set(&conf); }, {"ulVoipConf = 1"}},
+        {"igmp", 822, [&] { ke_omci_tapi_mc_igmp_attr_set(0, &igmp); },
+         {"ui_port = 0", "ui_upvlan = 100 (0x64)", "ui_uppri = 5", "ui_upgemport = 257 (0x101)"}},
+        {"port mode", 834, [&] { ke_omci_update_the_cm_table(&mode); },
+         {"ui_port = 2", "ui_sfu_mode = 1", "ui_mask = 16 (0x10)"}},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        kestub::reset();
+        c.write();
+        std::vector<std::vector<uint8_t>> entries = kestub::cm_entries(c.table);
+        ASSERT_EQ(entries.size(), 1u);
+        std::vector<std::string> lines =
+            ketool::decode(*ketool::table_layout(c.table), entries[0].data(), entries[0].size());
+        for (const std::string &want : c.lines)
+            EXPECT_NE(std::find(lines.begin(), lines.end(), want), lines.end()) << want;
+        for (const std::string &line : lines)
+            EXPECT_NE(line[0], '+') << "bytes no field names: " << line;
     }
 }
 
