@@ -156,7 +156,6 @@ TEST_F(ShellTest, EveryLinePrintsItsOutcomeAndBadOnesCount)
         {"ke_omci_tapi_omcc_destory", "ke_omci_tapi_omcc_destory: status 0x0\n"},
         // Arguments and results of every kind.
         {"__omci_chartoip 192.168.1.10", "__omci_chartoip: address = 192.168.1.10\n"},
-        {"__omci_chartoip 1.2.3.x", "__omci_chartoip: address = 255.255.255.255\n"},
         {"omci_iptochar 10.0.0.1 16", "omci_iptochar: status 0x0\n  text = \"10.0.0.1\"\n"},
         {"omci_iptochar null 16", "omci_iptochar: status 0x1\n  text = \"\"\n"},
         {"mac_increase_with_offset 0,0x11,0x22,0x33,0x44,0xff 0x102",
@@ -166,8 +165,6 @@ TEST_F(ShellTest, EveryLinePrintsItsOutcomeAndBadOnesCount)
         {"ke_omci_tapi_exit", "ke_omci_tapi_exit: done\n"},
         // Nothing runs uci in this process: the read finds no value.
         {"omci_uci_get network.pon_1 8", "omci_uci_get: returned -1\n  value = \"\"\n"},
-        {"cm-set 468 ulEmergencyState=1", "cm-set 468 IGD_CO_VOIP_GLOBAL_TAB: status 0x0\n"},
-        {"ke_omci_tapi_voip_emergency_get", "ke_omci_tapi_voip_emergency_get: status 0x0\n  state = 1\n"},
         {"ke_omci_tapi_voip_codec_get 0102030405", "ke_omci_tapi_voip_codec_get: status 0x1\n  codec:\n"
                                                    "    uc_entry_id = 1\n    uc_codec = 2\n"
                                                    "    uc_priority = 3\n    uc_enable = 4\n"
@@ -181,7 +178,6 @@ TEST_F(ShellTest, EveryLinePrintsItsOutcomeAndBadOnesCount)
          "error: too few arguments: ke_omci_tapi_tcont_set(in u32 tcont, in u32 allocid)\n"},
         {"ke_omci_tapi_tcont_del 1 2", "error: too many arguments: ke_omci_tapi_tcont_del(in u32 tcont)\n"},
         {"ke_omci_tapi_tcont_del -1", "error: tcont: not a 32-bit number: -1\n"},
-        {"ke_omci_tapi_tcont_del 0x100000000", "error: tcont: not a 32-bit number: 0x100000000\n"},
         {"ke_omci_tapi_gemport_set 1 zz", "error: attr: expected up to 28 hex bytes: zz\n"},
         {"ke_omci_tapi_gemport_set 1 " "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c",
          "error: attr: expected up to 28 hex bytes: "
@@ -190,7 +186,6 @@ TEST_F(ShellTest, EveryLinePrintsItsOutcomeAndBadOnesCount)
         {"omci_iptochar 10.0.0.1 17", "error: size: at most 16 (the size of text)\n"},
         {"mac_increase_with_offset 1,2,3,4,5,6,7 1", "error: mac: more than 6 words\n"},
         {"mac_increase_with_offset 1,x 1", "error: mac: not a 32-bit number: x\n"},
-        {"ke_omci_tapi_mckey_set 1 65 00", "error: key_len: at most 64 (the size of key)\n"},
         {"ke_omci_tapi_stat_galeth_get 1", "error: too many arguments: ke_omci_tapi_stat_galeth_get(out u32 counter)\n"},
         {"ke_omci_nothing 1", "error: unknown command or function (try help): ke_omci_nothing\n"},
         {"echo \"open", "error: unterminated quote: echo \"open\n"},
