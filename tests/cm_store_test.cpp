@@ -9,7 +9,6 @@
 
 namespace {
 
-using ketest::Process;
 using ketest::TempDir;
 
 // A 20-byte record of a port-keyed table: the port at 8, a value at 12.
@@ -174,70 +173,20 @@ protected:
     TempDir dir;
 };
 
-TEST_F(CmDatabaseTest, ProcessesShareTheTablesAndTheyOutliveThem)
+// Writers in other processes, concurrent and killed, are the crash
+// tests' (crash_safety_test.cpp).
+TEST_F(CmDatabaseTest, TablesOutliveTheStandInAndComeBackThroughTheEnvironment)
 {
-    std::string path = db();
-    Process writer;
-    ASSERT_TRUE(writer.start_fn([&] {
-        kestub::reset();
-        if (!kestub::cm_use_db(path.c_str()) ||
-            igdCmConfSet(822, port_rec(4, 0x44).data(), 20) != 0)
-            _exit(1);
-    }));
-    writer.kill_now();
-    ASSERT_TRUE(kestub::cm_use_db(path.c_str()));
-    std::vector<uint8_t> rec = port_rec(4, 0);
-    EXPECT_EQ(igdCmConfGet(822, rec.data(), 20), 0u);
-    EXPECT_EQ(rec, port_rec(4, 0x44));
-    // A reset is a fresh process: back to memory unless KE_CM_DB says.
+    ASSERT_TRUE(kestub::cm_use_db(db().c_str()));
+    ASSERT_EQ(igdCmConfSet(822, port_rec(4, 0x44).data(), 20), 0u);
+    // A reset is a fresh process: back to memory unless KE_CM_DB names the
+    // database.
     kestub::reset();
     EXPECT_TRUE(kestub::cm_entries(822).empty());
-    setenv("KE_CM_DB", path.c_str(), 1);
+    setenv("KE_CM_DB", db().c_str(), 1);
     kestub::reset();
     EXPECT_EQ(kestub::cm_entries(822), std::vector<std::vector<uint8_t>>{port_rec(4, 0x44)});
     unsetenv("KE_CM_DB");
-}
-
-TEST_F(CmDatabaseTest, ConcurrentWritersLoseNothing)
-{
-    constexpr uint32_t kWriters = 3;
-    constexpr uint32_t kEach = 60;
-    std::string path = db();
-    std::string go = dir / "go";
-    ASSERT_TRUE(kestub::cm_use_db(path.c_str()));  // the schema exists before they start
-    std::vector<pid_t> writers;
-    for (uint32_t w = 0; w < kWriters; ++w) {
-        pid_t pid = fork();
-        if (pid == 0) {
-            kestub::reset();
-            if (!kestub::cm_use_db(path.c_str()))
-                _exit(1);
-            while (!ketest::exists(go))
-                usleep(1000);
-            // Add reads the table and writes it back whole: a lost update
-            // would drop another writer's entry.
-            for (uint32_t i = 0; i < kEach; ++i)
-                if (igdCmConfAdd(815, ketest::words({w, i}).data(), 8) != 0)
-                    _exit(2);
-            _exit(0);
-        }
-        writers.push_back(pid);
-    }
-    ketest::write_file(go, "");
-    for (pid_t pid : writers) {
-        int st = 0;
-        ASSERT_EQ(waitpid(pid, &st, 0), pid);
-        EXPECT_TRUE(WIFEXITED(st) && WEXITSTATUS(st) == 0);
-    }
-    std::vector<std::vector<uint8_t>> entries = kestub::cm_entries(815);
-    ASSERT_EQ(entries.size(), kWriters * kEach);
-    // Each writer's entries arrive in its own order.
-    std::vector<uint32_t> next(kWriters, 0);
-    for (const auto &e : entries) {
-        uint32_t w = ketest::u32_at(e, 0);
-        ASSERT_LT(w, kWriters);
-        EXPECT_EQ(ketest::u32_at(e, 4), next[w]++);
-    }
 }
 
 TEST_F(CmDatabaseTest, UnusableDatabaseIsReportedAndMemoryStays)

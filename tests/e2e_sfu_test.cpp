@@ -136,14 +136,6 @@ TEST_F(SfuTest, AStoppedRunStopsItsProcesses)
     EXPECT_TRUE(gone("omci-shell.pid"));
 }
 
-TEST_F(SfuTest, UciExplainsItselfToo)
-{
-    Process p;
-    ASSERT_TRUE(p.start({KE_UCI_TOOL, "--help"}, tmp / "uci.out"));
-    EXPECT_EQ(p.wait(10000), 0);
-    EXPECT_EQ(ketest::read_file(tmp / "uci.out").rfind("Usage: uci [<options>] <command>", 0), 0u);
-}
-
 TEST_F(SfuTest, BadCommandLinesStopBeforeAnythingRuns)
 {
     EXPECT_EQ(demo({"--scenario", tmp / "missing.omci"}), 2);

@@ -67,6 +67,7 @@ struct CmSeen {
     CmOp op;
     uint32_t table;
     uint32_t size;
+    bool operator==(const CmSeen &o) const { return op == o.op && table == o.table && size == o.size; }
 };
 std::vector<CmSeen> g_cm_seen;
 
@@ -85,15 +86,8 @@ TEST_F(FastPaths, ServedStoreAnswersAloneUntilReset)
     EXPECT_EQ(igdCmConfAdd(808, rec, sizeof rec), 0u);
     EXPECT_EQ(igdCmConfGet(807, rec, sizeof rec), 0u);
     EXPECT_EQ(igdCmConfDel(807, rec, 12), 3u);
-    ASSERT_EQ(g_cm_seen.size(), 4u);
-    const CmOp ops[] = {CmOp::Set, CmOp::Add, CmOp::Get, CmOp::Del};
-    const uint32_t tables[] = {807, 808, 807, 807};
-    const uint32_t sizes[] = {20, 20, 20, 12};
-    for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(g_cm_seen[i].op, ops[i]) << i;
-        EXPECT_EQ(g_cm_seen[i].table, tables[i]) << i;
-        EXPECT_EQ(g_cm_seen[i].size, sizes[i]) << i;
-    }
+    EXPECT_TRUE(g_cm_seen == (std::vector<CmSeen>{{CmOp::Set, 807, 20}, {CmOp::Add, 808, 20},
+                                                  {CmOp::Get, 807, 20}, {CmOp::Del, 807, 12}}));
     EXPECT_TRUE(kestub::cm_calls().empty());
     EXPECT_TRUE(kestub::cm_entries(807).empty());
     kestub::reset();

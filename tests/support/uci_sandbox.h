@@ -11,11 +11,10 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "process.h"
 #include "stub_test.h"
 
 #ifndef KE_UCI_TOOL
@@ -27,20 +26,7 @@ namespace ketest {
 // The fixed file through which the library reads uci's output.
 inline constexpr char kScratchFile[] = "/tmp/tmp_uci_value";
 
-inline std::string read_file(const std::string &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-inline void write_file(const std::string &path, const std::string &text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-inline bool file_exists(const std::string &path) { return std::filesystem::exists(path); }
+inline bool file_exists(const std::string &path) { return exists(path); }
 
 // A uci command made only of what the library's commands hold: no
 // character the shell would act on, beyond the redirection into the
