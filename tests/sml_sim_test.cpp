@@ -181,7 +181,7 @@ TEST_F(SimTest, ProfileKeysLandWhereTheLibraryReadsThem)
                "user_ports = 2   # two ports\n"
                "sn = ABCD1234abcd\n"
                "mac = 00:11:22:aa:bb:cc\n"
-               "info_b = \"V2.3 beta\"\n"
+               "info_b = \"V2.3 #beta\"  # quoted, the text keeps its '#'\n"
                "info_e = 0x10\n"
                "board_0 = 7\n"
                "board_3 = 0xffffffff\n"));
@@ -196,7 +196,7 @@ TEST_F(SimTest, ProfileKeysLandWhereTheLibraryReadsThem)
         {&sys, 255, text("hgu", 12)},
         {&sys, 48, {'A', 'B', 'C', 'D', 0x12, 0x34, 0xab, 0xcd}},
         {&sys, 66, {0x00, 0x11, 0x22, 0xaa, 0xbb, 0xcc}},
-        {&sys, 387, text("V2.3 beta", 14)},
+        {&sys, 387, text("V2.3 #beta", 14)},
         {&sys, 484, ketest::words({0x10})},
         {&sys, 215, text("KEON", 4)},  // defaults stay
         {&sys, 684, ketest::words({0})},
@@ -240,7 +240,7 @@ TEST_F(SimTest, BadProfilesNameTheLine)
 TEST_F(SimTest, PrintedProfileLoadsBackToTheSameReplies)
 {
     Profile edited = with("product_type = \"Other type\"\nsn = ZZZZ0000FFFF\nmac = 02:00:00:00:00:09\n"
-                          "id_c = \"\"\ngemports = 9\n");
+                          "id_c = \"\"\ninfo_b = \"V#2\"\ngemports = 9\n");
     Profile loaded = smlsim::default_profile();
     std::string why;
     ASSERT_TRUE(smlsim::apply_profile(smlsim::profile_text(edited), &loaded, &why)) << why;

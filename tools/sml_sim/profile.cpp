@@ -203,6 +203,20 @@ Profile default_profile()
     return p;
 }
 
+// Where a line's comment starts: the first '#' outside double quotes, so
+// that a quoted text may hold one.
+size_t comment_start(const std::string &line)
+{
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '"')
+            quoted = !quoted;
+        else if (line[i] == '#' && !quoted)
+            return i;
+    }
+    return std::string::npos;
+}
+
 bool apply_profile(const std::string &text, Profile *profile, std::string *why)
 {
     size_t line_no = 0;
@@ -212,8 +226,7 @@ bool apply_profile(const std::string &text, Profile *profile, std::string *why)
         std::string line = text.substr(pos, nl == std::string::npos ? std::string::npos : nl - pos);
         pos = nl == std::string::npos ? text.size() + 1 : nl + 1;
         ++line_no;
-        size_t hash = line.find('#');
-        line = trim(line.substr(0, hash));
+        line = trim(line.substr(0, comment_start(line)));
         if (line.empty())
             continue;
         size_t eq = line.find('=');
@@ -250,7 +263,9 @@ std::string profile_text(const Profile &profile)
         out += k->field.name;
         out += " = ";
         std::string v = show(*k, profile);
-        bool quote = k->field.kind == Kind::Text && (v.empty() || v.find(' ') != std::string::npos);
+        // Quoted where the loader would otherwise trim or cut the text.
+        bool quote = k->field.kind == Kind::Text &&
+                     (v.empty() || v.find_first_of(" \t#") != std::string::npos);
         out += quote ? "\"" + v + "\"" : v;
         out += "\n";
     }
