@@ -16,7 +16,6 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using ketest::bytes_of;
 using ketest::call_names;
-using ketest::printed;
 using ketest::patterned;
 using ketest::script;
 using ketest::sysinfo_reply;
@@ -46,54 +45,33 @@ Bytes mapped(const Source (&fields)[N], size_t size, const Bytes &info, const By
     return rec;
 }
 
+// A failed fetch fills nothing (the fault sweep's): the retry makes both
+// calls again, and only a whole fetch fills the cache.
 TEST_F(Sysinfo, CacheIsFilledOnceAndOnlyByAWholeFetch)
 {
     EXPECT_EQ(bytes_of(gst_sysinfo), Bytes(92, 0));
     const Bytes board = patterned(956, 7), info = sysinfo_reply("hgu", 8);
     st_sysinfo out;
-    std::memset(&out, 0xA5, sizeof out);
-    const Bytes untouched = bytes_of(out);
-    kestub::log_set(true);
-
-    // A failed fetch changes nothing; the retry makes both calls again.
-    std::string lines;
-    kestub::ipc_script("ke_ke_board_info_get_call", 0x1001);
-    lines += printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 1u); });
     script("ke_ke_board_info_get_call", board);
     kestub::ipc_script("ke_ke_sysinfo_data_get_call", 0x1002);
-    lines += printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 1u); });
+    EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 1u);
     script("ke_ke_board_info_get_call", board);
     script("ke_ke_sysinfo_data_get_call", info);
     EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 0u);
     EXPECT_EQ(call_names(), (std::vector<std::string>{
-                                "ke_ke_board_info_get_call", "ke_ke_board_info_get_call",
-                                "ke_ke_sysinfo_data_get_call", "ke_ke_board_info_get_call",
-                                "ke_ke_sysinfo_data_get_call"}));
-    EXPECT_EQ(kestub::ipc_calls()[3].len, 956u);
-    EXPECT_EQ(kestub::ipc_calls()[4].len, 720u);
-
-    std::string func;
-    int board_at = 0, info_at = 0;
-    size_t split = lines.find('\n') + 1;
-    EXPECT_TRUE(ketest::parse_info_line(lines.substr(0, split), &func, &board_at, 0x1001));
-    EXPECT_TRUE(ketest::parse_info_line(lines.substr(split), &func, &info_at, 0x1002)) << lines;
-    EXPECT_EQ(func, "ke_omci_tapi_sysinfo_get");
-    EXPECT_NE(board_at, info_at);
-
+                                "ke_ke_board_info_get_call", "ke_ke_sysinfo_data_get_call",
+                                "ke_ke_board_info_get_call", "ke_ke_sysinfo_data_get_call"}));
+    EXPECT_EQ(kestub::ipc_calls()[2].len, 956u);
+    EXPECT_EQ(kestub::ipc_calls()[3].len, 720u);
     Bytes expected = mapped(kSysinfo, 92, info, board);
     expected[56] = KE_PRODUCT_HGU;
     EXPECT_EQ(bytes_of(out), expected);
-    EXPECT_EQ(bytes_of(gst_sysinfo), expected);
 
-    // Later reads make no call; a failed copy out still answers 0.
+    // Later reads make no call.
     kestub::reset();
     std::memset(&out, 0, sizeof out);
     EXPECT_EQ(ke_omci_tapi_sysinfo_get(&out), 0u);
     EXPECT_EQ(bytes_of(out), expected);
-    std::string copy_line = printed([&] { EXPECT_EQ(ke_omci_tapi_sysinfo_get(nullptr), 0u); });
-    EXPECT_TRUE(ketest::is_copy_line(copy_line, "ke_omci_tapi_sysinfo_get", "memcpy_s",
-                                     ketest::kEsNullPtr))
-        << copy_line;
     EXPECT_TRUE(kestub::ipc_calls().empty());
 }
 
@@ -114,13 +92,6 @@ TEST_F(Sysinfo, SnLoidTakesAFreshReplyEveryTimeAndTheStore)
         EXPECT_EQ(bytes_of(out), expected) << "seed " << seed;
     }
     EXPECT_EQ(kestub::ipc_calls().size(), 2u);
-
-    // A failed call leaves the record as it was.
-    kestub::ipc_script("ke_ke_sysinfo_data_get_call", 0x72200004);
-    st_sn_loid out;
-    std::memset(&out, 0x3C, sizeof out);
-    EXPECT_EQ(ke_omci_tapi_sn_loid_get(&out), 1u);
-    EXPECT_EQ(bytes_of(out), Bytes(102, 0x3C));
 }
 
 TEST_F(Sysinfo, RebootIsOneControlRequest)

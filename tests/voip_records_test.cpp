@@ -1,6 +1,6 @@
 // Every VoIP setter: the exact records it hands the configuration manager
-// (fields at odd offsets, mask words, untouched bytes zero), what the RTP
-// setter keeps after a failed write, and refused arguments.
+// (fields at odd offsets, mask words, untouched bytes zero), and refused
+// arguments.
 #include <functional>
 
 #include "ke_omci_tapi/voip.h"
@@ -79,7 +79,6 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
         {"agent 132", with(ke_omci_tapi_voip_agent_set, agent(132)), {{470, servers(820, 132, 3, 0x1C0000)}}},
         {"agent 6", with(ke_omci_tapi_voip_agent_set, agent(6)), {{470, servers(820, 6, 0, 0x1C0000)}}},
         {"agent 5060", with(ke_omci_tapi_voip_agent_set, agent(5060)), {{470, servers(820, 5060, 1, 0x1C0000)}}},
-        {"agent 0xFFFF", with(ke_omci_tapi_voip_agent_set, agent(0xFFFF)), {{470, servers(820, 65535, 1, 0x1C0000)}}},
         {"regtime", with(ke_omci_tapi_voip_regtime_set, st_voip_regtime{0x103, 3600, 0xFFFF}),
          {{473, Image(4171).u8(4, 3).u32(13, 3600).u32(17, 0xFFFF).u32(4167, 0x60)}}},
         {"off-hook 300", with(ke_omci_tapi_voip_offhooktime_set, 300u), {{468, Image(4460).u8(8, 44).u32(4456, 0x10)}}},
@@ -115,20 +114,6 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
         EXPECT_EQ(ketest::cm_sets(), c.writes) << c.label;
         EXPECT_EQ(kestub::cm_calls().size(), c.writes.size()) << c.label;
     }
-}
-
-
-TEST_F(VoipRecords, RtpSetStopsAtAFailedGlobalWriteAndKeepsItAfterAFailedLineWrite)
-{
-    st_voip_rtp req = {2, 50000, 50100, 46};
-    kestub::cm_fail(476, 0x72300020);
-    EXPECT_EQ(ke_omci_tapi_voip_rtp_set(&req), 1u);
-    EXPECT_EQ(ketest::cm_sets().size(), 1u);
-
-    kestub::reset();
-    kestub::cm_fail(473, 0x72300021);
-    EXPECT_EQ(ke_omci_tapi_voip_rtp_set(&req), 1u);
-    EXPECT_EQ(ketest::u8_at(ketest::stored(476, 0), 5), 46u);
 }
 
 TEST_F(VoipRecords, NullArgumentsAreRefusedWithoutATableOperation)
