@@ -241,7 +241,9 @@ TEST_F(Bounds, BoardPortCountPastTheCacheIsServedAsTheCache)
 }
 
 // The MAC table copies no more entries than the caller has room for and a
-// reply can carry, whatever count the service answers.
+// reply can carry, whatever count the service answers: each entry's MAC
+// from reply offset 16 + 16i and its word from 12 + 16i; bytes 6 and 7 and
+// every entry past the count are left alone.
 TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
 {
     struct Case {
@@ -252,30 +254,48 @@ TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
     const Case cases[] = {
         {10, 10, 10},
         {10, 9, 9},  // the caller's capacity
+        {10, 0, 0},
+        {0, 20, 0},
         {BR_TABLE_MAX, BR_TABLE_MAX + 8, BR_TABLE_MAX},
         {BR_TABLE_MAX + 1, BR_TABLE_MAX + 8, BR_TABLE_MAX},  // what a reply can carry
         {0xFFFFFFFF, BR_TABLE_MAX + 8, BR_TABLE_MAX},
     };
+    st_br_table reply;
+    std::memset(&reply, 0xD0, sizeof reply);
+    for (uint32_t i = 0; i < BR_TABLE_MAX; ++i) {
+        reply.ast_entry[i].ui_info = 0x1000 + i;
+        for (int b = 0; b < KE_MAC_LEN; ++b)
+            reply.ast_entry[i].auc_mac[b] = static_cast<uint8_t>(i * 8 + b);
+    }
     for (const Case &c : cases) {
         SCOPED_TRACE(std::to_string(c.answered) + " answered, room for " +
                      std::to_string(c.capacity));
         kestub::reset();
-        st_br_table reply;
-        std::memset(&reply, 0x5C, sizeof reply);
+        kestub::log_set(true);
         reply.ui_entry_num = c.answered;
         kestub::ipc_script_reply("ke_ke_sml_br_table_get_call", reply);
-        std::vector<st_br_mac> entries(c.capacity);
+        std::vector<st_br_mac> entries(std::max(c.capacity, 1u));
         std::memset(entries.data(), 0xA5, entries.size() * sizeof(st_br_mac));
         uint32_t count = c.capacity;
-        EXPECT_EQ(ke_omci_tapi_br_table_get(1, &count, entries.data()), 0u);
+        EXPECT_EQ(ketest::printed([&] {
+                      EXPECT_EQ(ke_omci_tapi_br_table_get(9, &count, entries.data()), 0u);
+                  }),
+                  "");
         EXPECT_EQ(count, c.copied);
-        for (uint32_t i = 0; i < c.capacity; ++i)
-            EXPECT_EQ(entries[i].ui_info, i < c.copied ? 0x5C5C5C5Cu : 0xA5A5A5A5u) << i;
+        for (uint32_t i = 0; i < entries.size(); ++i) {
+            st_br_mac want;
+            std::memset(&want, 0xA5, sizeof want);
+            if (i < c.copied) {
+                std::memcpy(want.auc_mac, reply.ast_entry[i].auc_mac, KE_MAC_LEN);
+                want.ui_info = 0x1000 + i;
+            }
+            EXPECT_EQ(ketest::bytes_of(entries[i]), ketest::bytes_of(want)) << i;
+        }
+        Bytes request = ketest::words({0, 0, 9});
+        request.resize(sizeof(st_br_table));
+        EXPECT_EQ(kestub::ipc_calls().at(0).request, request);
     }
 }
-
-
-
 
 // The DNS text of a new interface is split in a 64-byte copy, each server
 // in a 16-byte one: a text or a server that does not fit adds no server.

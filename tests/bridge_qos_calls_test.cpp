@@ -1,5 +1,5 @@
 // Bridge and QoS: records and deliveries, learning by read-modify-write,
-// the HGU rule of the learning limit, the MAC table copy.
+// the HGU rule of the learning limit.  The MAC table copy is bounds_test's.
 #include "call_cases.h"
 #include "ke_omci_tapi/bridge_qos.h"
 #include "ke_omci_tapi/device.h"
@@ -10,7 +10,6 @@ using namespace ketest;
 
 constexpr const char *kLearnGet = "ke_ke_sml_br_learn_get_call";
 constexpr const char *kLearnSet = "ke_ke_sml_br_learn_set_call";
-constexpr const char *kTableGet = "ke_ke_sml_br_table_get_call";
 
 class BridgeQos : public StubTest {
 protected:
@@ -107,54 +106,6 @@ TEST_F(BridgeQos, LearningLimitIsSkippedWithoutACallOnAnHguOnly)
         EXPECT_EQ(ke_omci_tapi_br_learn_set(1, 1), 0u) << product;
         EXPECT_EQ(kestub::ipc_calls().size(), limit_calls + 2) << product;
         EXPECT_EQ(gst_sysinfo.ui_product_type, product);  // read, never fetched
-    }
-}
-
-// A table reply of n entries whose every byte tells entry and field apart.
-st_br_table table_reply(uint32_t n)
-{
-    st_br_table t;
-    std::memset(&t, 0xD0, sizeof t);
-    t.ui_entry_num = n;
-    for (uint32_t i = 0; i < BR_TABLE_MAX; ++i) {
-        t.ast_entry[i].ui_info = 0x1000 + i;
-        for (int b = 0; b < KE_MAC_LEN; ++b)
-            t.ast_entry[i].auc_mac[b] = static_cast<uint8_t>(i * 8 + b);
-    }
-    return t;
-}
-
-TEST_F(BridgeQos, MacTableCopiesWithinTheReplyTheCapacityAndTheRecord)
-{
-    // The bounds (what a reply can carry) are bounds_test's.
-    struct {
-        uint32_t reply_count, capacity, written;
-    } cases[] = {{10, 4, 4}, {10, 20, 10}, {10, 0, 0}, {0, 20, 0}};
-    constexpr uint32_t kRoom = 20;
-    for (const auto &c : cases) {
-        SCOPED_TRACE(std::to_string(c.reply_count) + " for " + std::to_string(c.capacity));
-        kestub::reset();
-        kestub::log_set(true);
-        st_br_table reply = table_reply(c.reply_count);
-        kestub::ipc_script(kTableGet, 0, &reply, sizeof reply);
-        st_br_mac mac[kRoom];
-        fresh(mac);
-        uint32_t count = c.capacity;
-        EXPECT_EQ(printed([&] { EXPECT_EQ(ke_omci_tapi_br_table_get(9, &count, mac), 0u); }), "");
-        EXPECT_EQ(count, c.written);
-        for (uint32_t i = 0; i < kRoom; ++i) {
-            // MAC from reply offset 16 + 16i, the word from 12 + 16i; bytes
-            // 6 and 7 and every entry past the count are left alone.
-            st_br_mac want;
-            fresh(want);
-            if (i < c.written) {
-                std::memcpy(want.auc_mac, reply.ast_entry[i].auc_mac, KE_MAC_LEN);
-                want.ui_info = 0x1000 + i;
-            }
-            EXPECT_EQ(bytes_of(mac[i]), bytes_of(want)) << i;
-        }
-        ASSERT_EQ(kestub::ipc_calls().size(), 1u);
-        EXPECT_EQ(kestub::ipc_calls()[0].request, cat({words({0, 0, 9}), zeros(512)}));
     }
 }
 

@@ -1,6 +1,6 @@
 // Codec list: payload types to stored codes and back, the exchange that
 // keeps a codec in one entry (its exact reads and writes), the priority
-// reorder, and the failure reports.
+// reorder, and the reports of a refusal and of a failed exchange.
 #include "ke_omci_tapi/voip.h"
 #include "voip_test.h"
 
@@ -112,12 +112,8 @@ TEST_F(VoipCodec, ChangedCodecHeldElsewhereIsExchangedInTheExactOrder)
     uint32_t ret = 1;
     std::string out = ketest::printed([&] { ret = set(1, 18, 9, 30); });
     EXPECT_EQ(ret, 0u);
-    EXPECT_EQ(ketest::cm_ops(), (Ops{{Get, kEntry},
-                                     {Get, kList},
-                                     {Get, kEntry},
-                                     {Get, kEntry},
-                                     {Set, kEntry},
-                                     {Set, kEntry}}));
+    EXPECT_EQ(ketest::cm_ops(), (Ops{{Get, kEntry}, {Get, kList}, {Get, kEntry}, {Get, kEntry},
+                                     {Set, kEntry}, {Set, kEntry}}));
     auto sets = ketest::cm_sets();
     ASSERT_EQ(sets.size(), 2u);
     EXPECT_EQ(sets[0].second, Bytes(entry(3, 2, 0, 3, "20")));
@@ -200,13 +196,8 @@ TEST_F(VoipCodec, ReorderReadsAndWritesEachEntryInOrderWithItsNumberAsPriority)
     EXPECT_EQ(ret, 0u);
     EXPECT_EQ(ketest::without_lines(out),
               "[ke_omci_tapi_voip_codec_priority_reorder(L)]totalNum=3\n");
-    EXPECT_EQ(ketest::cm_ops(), (Ops{{Get, kList},
-                                     {Get, kEntry},
-                                     {Set, kEntry},
-                                     {Get, kEntry},
-                                     {Set, kEntry},
-                                     {Get, kEntry},
-                                     {Set, kEntry}}));
+    EXPECT_EQ(ketest::cm_ops(), (Ops{{Get, kList}, {Get, kEntry}, {Set, kEntry}, {Get, kEntry},
+                                     {Set, kEntry}, {Get, kEntry}, {Set, kEntry}}));
     auto sets = ketest::cm_sets();
     ASSERT_EQ(sets.size(), 3u);
     EXPECT_EQ(sets[0].second, Bytes(Image(entry(1, 2, 1, 1, "20")).u32(44, 2)));

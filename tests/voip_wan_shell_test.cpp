@@ -134,52 +134,34 @@ TEST_F(UciToolkit, AddTakesOnlyAPlainSectionName)
     }
 }
 
-TEST(UciAddress, BytesToDottedText)
+TEST(UciAddress, BytesAndDottedTextBothWays)
 {
     struct {
         uint8_t addr[4];
         const char *text;
-    } cases[] = {
-        {{192, 168, 1, 10}, "192.168.1.10"},
-        {{0, 0, 0, 0}, "0.0.0.0"},
-        {{255, 255, 255, 255}, "255.255.255.255"},
-    };
+    } cases[] = {{{192, 168, 1, 10}, "192.168.1.10"},
+                 {{0, 0, 0, 0}, "0.0.0.0"},
+                 {{255, 255, 255, 255}, "255.255.255.255"}};
     for (const auto &c : cases) {
         char text[20];
         std::memset(text, 'x', sizeof text);
         EXPECT_EQ(omci_iptochar(c.addr, text, 16), 0u);
         EXPECT_STREQ(text, c.text);
         EXPECT_EQ(text[16], 'x');
+        uint32_t word = __omci_chartoip(c.text);
+        EXPECT_EQ(std::memcmp(&word, c.addr, 4), 0) << c.text;
     }
-    const uint8_t addr[4] = {1, 2, 3, 4};
     char text[16] = "untouched";
     EXPECT_EQ(omci_iptochar(nullptr, text, sizeof text), 1u);
-    EXPECT_EQ(omci_iptochar(addr, nullptr, sizeof text), 1u);
+    EXPECT_EQ(omci_iptochar(cases[0].addr, nullptr, sizeof text), 1u);
     EXPECT_STREQ(text, "untouched");
-
     // A buffer one byte short of the text is left empty, never written past.
     char small[19];
     std::memset(small, 'x', sizeof small);
-    const uint8_t wide[4] = {255, 255, 255, 255};
-    EXPECT_EQ(omci_iptochar(wide, small, 15), 0u);
+    EXPECT_EQ(omci_iptochar(cases[2].addr, small, 15), 0u);
     EXPECT_EQ(small[0], '\0');
     EXPECT_EQ(std::string(small + 15, 4), "xxxx");
-}
 
-TEST(UciAddress, DottedTextToTheAddressWord)
-{
-    struct {
-        const char *text;
-        uint8_t bytes[4];
-    } cases[] = {
-        {"192.168.1.10", {192, 168, 1, 10}},
-        {"10.0.0.1", {10, 0, 0, 1}},
-        {"0.0.0.0", {0, 0, 0, 0}},
-    };
-    for (const auto &c : cases) {
-        uint32_t word = __omci_chartoip(c.text);
-        EXPECT_EQ(std::memcmp(&word, c.bytes, 4), 0) << c.text;
-    }
     EXPECT_EQ(__omci_chartoip(nullptr), 0u);
     EXPECT_EQ(__omci_chartoip(""), 0u);
     EXPECT_EQ(__omci_chartoip("not an address"), 0xFFFFFFFFu);
@@ -221,12 +203,9 @@ TEST_F(UciToolkit, SlotCountReadsAllFourSlots)
          "config interface 'pon_3'\nconfig interface 'pon_5'\n",
          4},
     };
-    const std::vector<std::string> reads = {
-        "uci -q get network.pon_1 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_2 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_3 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_4 > /tmp/tmp_uci_value",
-    };
+    std::vector<std::string> reads;
+    for (int n = 1; n <= 4; ++n)
+        reads.push_back("uci -q get network.pon_" + std::to_string(n) + " > /tmp/tmp_uci_value");
     for (const auto &c : cases) {
         restart();
         write_config("network", c.sections);
