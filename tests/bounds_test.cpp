@@ -302,10 +302,7 @@ TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
 TEST_F(Bounds, DnsTextAndServersPastTheirCopiesAddNoServer)
 {
     const std::string server = "255.255.255.255";  // the longest dotted address
-    struct Case {
-        std::string dns;
-        size_t servers;
-    };
+    struct Case { std::string dns; size_t servers; };
     const Case cases[] = {
         {server + std::string(63 - server.size(), ','), 1},  // 63 characters
         {server + std::string(64 - server.size(), ','), 0},  // 64: no room for the NUL

@@ -34,10 +34,7 @@ class Sysinfo : public ketest::StubTest {};
 
 // Fields: record offset, width, reply offset; from the board reply when
 // marked, otherwise from the system-information reply.
-struct Source {
-    size_t to, width, from;
-    bool board;
-};
+struct Source { size_t to, width, from; bool board; };
 constexpr Source kSysinfo[] = {
     {0, 4, 215, false}, {4, 14, 387, false}, {18, 14, 267, false}, {32, 20, 455, false},
     {52, 4, 484, false}, {60, 4, 4, true},   {64, 4, 8, true},     {68, 4, 12, true},
@@ -221,10 +218,7 @@ void script_read(const Bytes &reply) { kestub::ipc_script(kGet, 0, reply.data(),
 
 TEST_F(PortAttr, GettersAnswerTheirOwnWordOfTheRecord)
 {
-    struct {
-        uint32_t (*fn)(uint32_t, uint32_t *);
-        size_t off;
-    } getters[] = {
+    struct { uint32_t (*fn)(uint32_t, uint32_t *); size_t off; } getters[] = {
         {ke_omci_tapi_port_type_get, 4},     {ke_omci_tapi_port_state_get, 8},
         {ke_omci_tapi_port_ethmode_get, 16}, {ke_omci_tapi_port_link_get, 20},
         {ke_omci_tapi_port_loopback_get, 24}, {ke_omci_tapi_port_pause_get, 28},

@@ -158,11 +158,7 @@ TEST_F(McPort, RejectedCodesAndPortsWriteNothing)
     ASSERT_EQ(ke_omci_tapi_mc_igmp_attr_set(0, &before), 0u);
     auto no = [](const char *func) { return info(func, 0x70000012); };
     using ketest::vlan;
-    struct {
-        std::string lines;
-        uint32_t result;
-        uint32_t (*call)();
-    } cases[] = {
+    struct { std::string lines; uint32_t result; uint32_t (*call)(); } cases[] = {
         {no("ke_omci_tapi_mc_igmp_attr_set"), 1, [] { return igmp_mode(0, 4); }},
         {no("ke_omci_tapi_mc_igmp_attr_set"), 1, [] { return igmp_mode(kPast, 0); }},
         {no("ke_omci_tapi_mc_tagact_set"), 1, [] { return ke_omci_tapi_mc_tagact_set(0, 8); }},

@@ -68,11 +68,7 @@ TEST_F(PonLine, TcontsAndGemPortsSendTheirRecordsAndDeliver)
 // stands.
 TEST_F(PonLine, WordGettersWithoutAnOutputMakeTheCall)
 {
-    struct {
-        const char *remote;
-        Bytes reply;
-        uint32_t (*invoke)();
-    } cases[] = {
+    struct { const char *remote; Bytes reply; uint32_t (*invoke)(); } cases[] = {
         {"ke_ke_sml_gpon_mode_get_call", words({2}),
          [] { return ke_omci_tapi_gponmode_get(nullptr); }},
         {"ke_ke_sml_gpon_onuid_get_call", words({9}),

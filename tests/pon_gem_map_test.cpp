@@ -54,10 +54,7 @@ TEST_F(GemMap, SetSendsOneRequestAndTracesItsKeys)
 
 TEST_F(GemMap, FollowUpMovesTheIgmpGemPortOnlyOnAMatchingSfuMapping)
 {
-    struct {
-        uint32_t product, mask, vlan, pri;
-        bool moves;
-    } cases[] = {
+    struct { uint32_t product, mask, vlan, pri; bool moves; } cases[] = {
         {KE_PRODUCT_SFU, 0x1, kIgmpVlan, kIgmpPri, true},
         {KE_PRODUCT_SFU, 0xFF, kIgmpVlan, kIgmpPri, true},
         {KE_PRODUCT_SFU, 0xFE, kIgmpVlan, kIgmpPri, false},

@@ -47,12 +47,7 @@ TEST_F(VoipReadback, GettersMapTheStoredValues)
         *v = b;
         return status;
     };
-    struct Case {
-        uint32_t table;
-        Bytes stored;
-        Getter get;
-        uint32_t expected;
-    } cases[] = {
+    struct Case { uint32_t table; Bytes stored; Getter get; uint32_t expected; } cases[] = {
         // clang-format off
         {468, Image(4460).u8(4, 0), type, 1},          {468, Image(4460).u8(4, 2), type, 2},
         {468, Image(4460).u8(4, 1), type, 0},          {468, Image(4460).u8(4, 255), type, 0},

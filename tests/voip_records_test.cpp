@@ -55,11 +55,7 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
     std::memcpy(auth.auc_password, filled('p', 128).data(), 128);
     std::memcpy(auth.auc_realm, filled('r', 128).data(), 128);
     using Writes = std::vector<std::pair<uint32_t, Bytes>>;
-    struct Case {
-        const char *label;
-        std::function<uint32_t()> call;
-        Writes writes;
-    } cases[] = {
+    struct Case { const char *label; std::function<uint32_t()> call; Writes writes; } cases[] = {
         // clang-format off
         {"udptcp, line 0x0102", with(ke_omci_tapi_voip_udptcp_set, st_voip_udptcp{0x0102, 5060, 17, 0x1B8}),
          {{473, Image(4171).u8(4, 2).u8(7, 0xB8).u32(9, 5060).u32(4167, 0x14)}}},

@@ -237,11 +237,7 @@ TEST_F(WanCreate, InterfaceCommandsFollowServiceAndAddressMode)
 
 TEST_F(WanCreate, TakesTheFirstFreeSlotWithItsMacOffset)
 {
-    struct {
-        const char *taken;
-        int slot;
-        const char *mac;
-    } cases[] = {
+    struct { const char *taken; int slot; const char *mac; } cases[] = {
         {"", 1, "02:10:18:00:00:02"},
         {"pon_1", 2, "02:10:18:00:00:07"},
         {"pon_1 pon_2", 3, "02:10:18:00:00:08"},
@@ -272,10 +268,7 @@ TEST_F(WanCreate, TakesTheFirstFreeSlotWithItsMacOffset)
 
 TEST_F(WanCreate, DerivedMacCarriesAndToleratesABadBoardMac)
 {
-    struct {
-        const char *board;
-        const char *mac;
-    } cases[] = {
+    struct { const char *board; const char *mac; } cases[] = {
         {"00112233ffff", "00:11:22:34:00:00"},  // the carry is UciMac's
         {"", "00:00:00:00:00:01"},
         {"zz", "00:00:00:00:00:01"},

@@ -43,11 +43,7 @@ TEST_F(UciToolkit, GetReadsTheFirstLineAndRemovesTheScratchFile)
 
 TEST_F(UciToolkit, GetCutsALongValueAtTheBufferSize)
 {
-    struct {
-        int size;
-        const char *name;
-        const char *value;
-    } cases[] = {
+    struct { int size; const char *name; const char *value; } cases[] = {
         {27, "network.lan.long", "abcdefghijklmnopqrstuvwxyz"},  // line feed read and dropped
         {26, "network.lan.long", "abcdefghijklmnopqrstuvwxy"},   // cut, no line feed read
         {1, "network.lan.proto", ""},
@@ -112,11 +108,7 @@ int answer_add(const char *command)
 TEST_F(UciToolkit, AddTakesOnlyAPlainSectionName)
 {
     kestub::shell_serve(answer_add);
-    struct {
-        const char *answer;
-        int ret;
-        const char *name;
-    } cases[] = {
+    struct { const char *answer; int ret; const char *name; } cases[] = {
         {"cfg01a2b3\n", 0, "cfg01a2b3"},
         {"pon_dev_7", 0, "pon_dev_7"},
         {"cfg01;reboot\n", -1, ""},
@@ -170,11 +162,7 @@ TEST(UciAddress, BytesAndDottedTextBothWays)
 
 TEST(UciMac, OffsetCarriesIntoHigherBytesAndWrapsWithin48Bits)
 {
-    struct {
-        uint32_t mac[6];
-        uint32_t offset;
-        uint32_t want[6];
-    } cases[] = {
+    struct { uint32_t mac[6]; uint32_t offset; uint32_t want[6]; } cases[] = {
         {{0x00, 0x11, 0x22, 0x33, 0x44, 0xFF}, 1, {0x00, 0x11, 0x22, 0x33, 0x45, 0x00}},
         {{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 1, {0, 0, 0, 0, 0, 0}},
         {{0x00, 0x11, 0x22, 0x33, 0x44, 0xFF}, 0x102, {0x00, 0x11, 0x22, 0x33, 0x46, 0x01}},
@@ -192,10 +180,7 @@ TEST(UciMac, OffsetCarriesIntoHigherBytesAndWrapsWithin48Bits)
 
 TEST_F(UciToolkit, SlotCountReadsAllFourSlots)
 {
-    struct {
-        const char *sections;
-        uint32_t count;
-    } cases[] = {
+    struct { const char *sections; uint32_t count; } cases[] = {
         {"", 0},
         {"config interface 'pon_1'\nconfig interface 'pon_3'\n", 2},
         {"config interface 'pon_3'\n", 1},
