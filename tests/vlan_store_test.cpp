@@ -123,20 +123,4 @@ TEST_F(VlanStore, OnlyAStoredModeOfOneIsSfuAndAFailedReadIsHgu)
     EXPECT_EQ(kestub::log_queries(), 0u);
 }
 
-TEST_F(VlanStore, ModeUpdateReadsOnlyBytesFourToSevenAndNine)
-{
-    // Exactly ten bytes, unaligned: any other byte read shows as 0xAA, a
-    // read past the end or a misaligned word is a sanitizer report.
-    std::vector<uint8_t> unaligned(11, 0xAA), exact(10, 0xAA);
-    for (uint8_t *block : {unaligned.data() + 1, exact.data()}) {
-        kestub::reset();
-        const uint32_t mode = 1;
-        std::memcpy(block + 4, &mode, 4);
-        block[9] = 0xFF;
-        EXPECT_EQ(ke_omci_update_the_cm_table(reinterpret_cast<st_port_mode_update *>(block)), 0u);
-        EXPECT_TRUE(one_cm_call(CmOp::Set, 834, cm_record(52, {{8, 255}, {44, 1}, {48, 16}})));
-    }
-    EXPECT_EQ(ke_omci_tapi_check_port_mode_is_sfu(255), 1u);
-}
-
 }  // namespace

@@ -1,6 +1,7 @@
 // Every VLAN and port-mode writer: the one record it sends (every byte not
 // named zero, at the table's full size), and what a failed operation
 // prints in the family's style.
+#include <cstring>
 #include <functional>
 #include <string>
 
@@ -23,6 +24,19 @@ std::vector<uint8_t> rule(std::initializer_list<std::pair<size_t, uint32_t>> wor
     std::vector<uint8_t> rec = cm_record(68, words);
     rec[8] = 3;
     return rec;
+}
+
+// Mode 1 for port 255 in exactly ten bytes, unaligned: a byte other than
+// 4 to 7 and 9 read shows as 0xAA, a read past the end or a misaligned
+// word is a sanitizer report.
+st_port_mode_update *mode_update()
+{
+    static uint8_t block[11];
+    std::memset(block, 0xAA, sizeof block);
+    const uint32_t mode = 1;
+    std::memcpy(block + 5, &mode, 4);
+    block[10] = 0xFF;
+    return reinterpret_cast<st_port_mode_update *>(block + 1);
 }
 
 struct Row {
@@ -102,12 +116,8 @@ const std::vector<Row> &rows()
          rule({{12, 1}, {16, 101}, {20, 1}, {24, kNo}, {28, 1}, {32, 303}, {36, 7}, {40, 2},
                {44, 1}, {48, 5}, {52, 1}, {56, 202}}),
          "%s[%d] del qinq full port=3,cvlan=101,svlan=202,tpid_en=7 fail, ret=-2\n"},
-        {"ke_omci_update_the_cm_table", [] {
-             st_port_mode_update u = {};
-             u.uc_port = 6;
-             u.ui_sfu_mode = 1;
-             return ke_omci_update_the_cm_table(&u);
-         }, CmOp::Set, 834, cm_record(52, {{8, 6}, {44, 1}, {48, 16}}),
+        {"ke_omci_update_the_cm_table", [] { return ke_omci_update_the_cm_table(mode_update()); },
+         CmOp::Set, 834, cm_record(52, {{8, 255}, {44, 1}, {48, 16}}),
          "set IGD_CO_PORT_INFO_TAB error\n"},
         {"ke_omci_init_the_port_to_sfu", [] { return ke_omci_init_the_port_to_sfu(6); },
          CmOp::Add, 815, ketest::words({0, 6}), "Add IGD_CO_VLAN_FLUSH_ALL_TAB error\n"},
