@@ -93,6 +93,16 @@ TEST_F(BridgeQos, LearningSettersReadModifyWrite)
     }
 }
 
+// A failed table call is an empty table (its status is the fault sweep's).
+TEST_F(BridgeQos, FailedMacTableReadCountsNothing)
+{
+    kestub::ipc_script("ke_ke_sml_br_table_get_call", 0x77);
+    st_br_mac mac[4];
+    uint32_t count = 4;
+    ke_omci_tapi_br_table_get(9, &count, mac);
+    EXPECT_EQ(count, 0u);
+}
+
 // On an HGU the learning limit makes no call (the fault sweep's); the
 // learning flag still does, and on any other product both do.
 TEST_F(BridgeQos, LearningLimitIsSkippedOnAnHguOnly)

@@ -63,7 +63,8 @@ TEST_F(RemoteMgmt, FlagsStoreOneOnlyForOneAndEachWritesOnlyItsOwnWord)
         uint32_t (*set)(const uint32_t *);
         uint32_t value, word_at, stored, mask;
     } cases[] = {
-        {ke_omci_tapi_voip_conf_set, 1, 4, 1, 0x1},     {ke_omci_tapi_voip_conf_set, 0x101, 4, 0, 0x1},
+        {ke_omci_tapi_voip_conf_set, 1, 4, 1, 0x1},     {ke_omci_tapi_voip_conf_set, 3, 4, 0, 0x1},
+        {ke_omci_tapi_voip_conf_set, 0x101, 4, 0, 0x1},
         {ke_omci_tapi_tr069_conf_set, 1, 8, 1, 0x2},    {ke_omci_tapi_tr069_conf_set, 2, 8, 0, 0x2},
     };
     for (const Case &c : cases) {

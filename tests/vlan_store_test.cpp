@@ -103,7 +103,7 @@ TEST_F(VlanStore, FilterModeReadsBackAndAFailedReadLeavesTheOutput)
 
 TEST_F(VlanStore, OnlyAStoredModeOfOneIsSfuAndAFailedReadIsHgu)
 {
-    for (uint32_t mode : {1u, 0u, 0x101u}) {
+    for (uint32_t mode : {1u, 0u, 2u, 0x101u}) {
         kestub::reset();
         std::vector<uint8_t> rec = cm_record(52, {{8, 2}, {44, mode}, {48, 16}});
         kestub::cm_preload(834, rec.data(), rec.size());

@@ -75,6 +75,7 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
         {"agent 132", with(ke_omci_tapi_voip_agent_set, agent(132)), {{470, servers(820, 132, 3, 0x1C0000)}}},
         {"agent 6", with(ke_omci_tapi_voip_agent_set, agent(6)), {{470, servers(820, 6, 0, 0x1C0000)}}},
         {"agent 5060", with(ke_omci_tapi_voip_agent_set, agent(5060)), {{470, servers(820, 5060, 1, 0x1C0000)}}},
+        {"agent 0xFFFF", with(ke_omci_tapi_voip_agent_set, agent(0xFFFF)), {{470, servers(820, 65535, 1, 0x1C0000)}}},
         {"regtime", with(ke_omci_tapi_voip_regtime_set, st_voip_regtime{0x103, 3600, 0xFFFF}),
          {{473, Image(4171).u8(4, 3).u32(13, 3600).u32(17, 0xFFFF).u32(4167, 0x60)}}},
         {"off-hook 300", with(ke_omci_tapi_voip_offhooktime_set, 300u), {{468, Image(4460).u8(8, 44).u32(4456, 0x10)}}},

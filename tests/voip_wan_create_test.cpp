@@ -269,7 +269,8 @@ TEST_F(WanCreate, TakesTheFirstFreeSlotWithItsMacOffset)
 TEST_F(WanCreate, DerivedMacCarriesAndToleratesABadBoardMac)
 {
     struct { const char *board; const char *mac; } cases[] = {
-        {"00112233ffff", "00:11:22:34:00:00"},  // the carry is UciMac's
+        {"0011223344FF", "00:11:22:33:45:00"},  // the carry
+        {"00112233fffe", "00:11:22:33:FF:FF"},  // upper-case text
         {"", "00:00:00:00:00:01"},
         {"zz", "00:00:00:00:00:01"},
         {"0011zz", "00:11:00:00:00:01"},

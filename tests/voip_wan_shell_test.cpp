@@ -41,6 +41,18 @@ TEST_F(UciToolkit, GetReadsTheFirstLineAndRemovesTheScratchFile)
     EXPECT_STREQ(value, "");
 }
 
+TEST_F(UciToolkit, GetOfAMissingOptionFailsAndLeavesNoFileOpen)
+{
+    auto open_files = [] {
+        namespace fs = std::filesystem;
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator{});
+    };
+    const auto before = open_files();
+    char value[16];
+    EXPECT_EQ(omci_uci_get("network.lan.nope", value, sizeof value), -1);
+    EXPECT_EQ(open_files(), before);
+}
+
 TEST_F(UciToolkit, GetCutsALongValueAtTheBufferSize)
 {
     struct { int size; const char *name; const char *value; } cases[] = {
