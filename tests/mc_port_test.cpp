@@ -49,18 +49,20 @@ TEST_F(McPort, RejectedVersionsKeepTheStoredAttributes)
     st_mc_attr before = {17, 1, 1};
     ASSERT_EQ(ke_omci_tapi_mc_attr_set(&before), 0u);
     for (uint32_t version : {0u, 4u, 18u}) {
-        SCOPED_TRACE(version);
-        kestub::reset();
-        kestub::log_set(true);
-        st_mc_attr in = {version, 0, 0};
-        uint32_t ret = 0;
-        std::string out = ketest::printed([&] { ret = ke_omci_tapi_mc_attr_set(&in); });
-        EXPECT_EQ(ret, 1u);
-        EXPECT_TRUE(kestub::cm_calls().empty());
-        EXPECT_EQ(ketest::traced(out), rejected);
-        st_mc_attr read = {};
-        EXPECT_EQ(ke_omci_tapi_mc_attr_get(&read), 0u);
-        EXPECT_EQ(ketest::bytes_of(read), ketest::words({17, 1, 0}));
+        for (bool gate : {true, false}) {
+            SCOPED_TRACE(testing::Message() << version << " " << gate);
+            kestub::reset();
+            kestub::log_set(gate);
+            st_mc_attr in = {version, 0, 0};
+            uint32_t ret = 0;
+            std::string out = ketest::printed([&] { ret = ke_omci_tapi_mc_attr_set(&in); });
+            EXPECT_EQ(ret, 1u);
+            EXPECT_TRUE(kestub::cm_calls().empty());
+            EXPECT_EQ(ketest::traced(out), gate ? rejected : "");
+            st_mc_attr read = {};
+            EXPECT_EQ(ke_omci_tapi_mc_attr_get(&read), 0u);
+            EXPECT_EQ(ketest::bytes_of(read), ketest::words({17, 1, 0}));
+        }
     }
     EXPECT_EQ(ke_omci_tapi_mc_attr_set(nullptr), 1u);
     EXPECT_EQ(ke_omci_tapi_mc_attr_get(nullptr), 1u);
