@@ -44,12 +44,10 @@ void start_multicast()
 {
     kestub::reset();
     for (uint32_t port = 0; port < MC_PORT_MAX; ++port) {
-        Bytes ranges(1744, 0);
-        std::memcpy(ranges.data() + 8, &port, 4);
+        Bytes ranges = ketest::cm_record(1744, {{8, port}});
         kestub::cm_preload(817, ranges.data(), ranges.size());
     }
-    Bytes board(956, 0);
-    std::memcpy(board.data() + 4, &kBoardPorts, 4);
+    Bytes board = ketest::cm_record(956, {{4, kBoardPorts}});
     kestub::ipc_script("ke_ke_board_info_get_call", 0, board.data(), board.size());
     ke_omci_mc_data_init();
     g_init_ops = kestub::cm_calls();

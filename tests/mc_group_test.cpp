@@ -20,7 +20,10 @@ constexpr uint32_t kNone = MC_VLAN_NONE;
 
 class McGroup : public ketest::McTest {};
 
-Bytes member(uint32_t port, uint32_t vid) { return cm_record(20, {{8, port}, {12, vid}, {16, 12}}); }
+Bytes member(uint32_t port, uint32_t vid)
+{
+    return cm_record(20, {{8, port}, {12, vid}, {16, 12}});
+}
 
 st_mc_table row(uint32_t port, uint32_t vlan, uint8_t first)
 {

@@ -32,8 +32,8 @@ TEST_F(McPort, EachVersionAndModeWritesItsFourRecordsAndReadsBack)
                                                  {CmOp::Set, 826}, {CmOp::Set, 821}}));
         EXPECT_EQ(cm_sets(819)[0], cm_record(16, {{8, c.ctrl_type}, {12, 4}}));
         EXPECT_EQ(cm_sets(820)[0], cm_record(16, {{8, c.ver}, {12, 4}}));
-        EXPECT_EQ(cm_sets(826)[0], cm_record(36, {{8, c.flags[0]}, {12, c.flags[1]}, {16, c.flags[2]},
-                                               {20, c.flags[3]}, {32, 60}}));
+        EXPECT_EQ(cm_sets(826)[0], cm_record(36, {{8, c.flags[0]}, {12, c.flags[1]},
+                                                  {16, c.flags[2]}, {20, c.flags[3]}, {32, 60}}));
         EXPECT_EQ(cm_sets(821)[0], cm_record(20, {{12, c.quickleave_off}, {16, 8}}));
         st_mc_attr out = {0, 0, 0xCC};
         EXPECT_EQ(ke_omci_tapi_mc_attr_get(&out), 0u);
@@ -95,8 +95,8 @@ TEST_F(McPort, IgmpAttributesWriteThePortRecordAndReadBackInCallerCodes)
         EXPECT_EQ(ketest::cm_ops(), (ketest::Ops{{CmOp::Get, 834}, {CmOp::Set, 822}}));
         EXPECT_EQ(kestub::cm_calls()[0].record, cm_record(52, {{8, 2}, {48, 16}}));
         EXPECT_EQ(ketest::cm_sets(822)[0],
-                  cm_record(116, {{8, 2}, {12, c.port_mode}, {16, c.transparent}, {20, 100}, {24, 5},
-                               {32, 0x1234}, {36, 1}, {40, 300}, {112, 124}}));
+                  cm_record(116, {{8, 2}, {12, c.port_mode}, {16, c.transparent}, {20, 100},
+                                  {24, 5}, {32, 0x1234}, {36, 1}, {40, 300}, {112, 124}}));
         st_mc_igmp_attr out = {};
         EXPECT_EQ(ke_omci_tapi_mc_igmp_attr_get(2, &out), 0u);
         EXPECT_EQ(ketest::bytes_of(out), ketest::words({c.read_back, 100, 5, 0x1234}));
@@ -166,7 +166,8 @@ TEST_F(McPort, RejectedCodesAndPortsWriteNothing)
         {no("ke_omci_tapi_mc_tagact_set"), 1, [] { return ke_omci_tapi_mc_tagact_set(0, 8); }},
         {no("ke_omci_tapi_mc_tagact_set"), 1, [] { return ke_omci_tapi_mc_tagact_set(kPast, 1); }},
         {no("ke_omci_tapi_mc_uprate_set"), 1, [] { return ke_omci_tapi_mc_uprate_set(kPast, 1); }},
-        {no("ke_omci_tapi_mc_vlan_set"), 1, [] { return vlan(ke_omci_tapi_mc_vlan_set, kPast, 10); }},
+        {no("ke_omci_tapi_mc_vlan_set"), 1,
+         [] { return vlan(ke_omci_tapi_mc_vlan_set, kPast, 10); }},
         {no("ke_omci_tapi_mc_vlan_set"), 1, [] { return ke_omci_tapi_mc_vlan_set(nullptr); }},
         {no("ke_omci_mc_vlan_set_proc"), 1, [] { return ke_omci_mc_vlan_set_proc(0, list, 9); }},
         {no("ke_omci_tapi_mc_range_clr"), 1, [] { return ke_omci_tapi_mc_range_clr(kPast); }},

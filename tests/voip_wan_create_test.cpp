@@ -329,8 +329,8 @@ TEST_F(WanCreate, RefusalsCreateNothing)
     // A DHCP connection needs no address.
     restart();
     write_config("network", "");
-    Commands cmds = create(Conn{.addr_mode = KE_WAN_ADDR_DHCP, .ipaddr = nullptr, .netmask = nullptr});
-    EXPECT_EQ(cmds.back(), kReload);
+    Conn dhcp{.addr_mode = KE_WAN_ADDR_DHCP, .ipaddr = nullptr, .netmask = nullptr};
+    EXPECT_EQ(create(dhcp).back(), kReload);
 
     restart();
     EXPECT_EQ(igdCmConfAddByUci(nullptr), 0u);
