@@ -44,12 +44,10 @@ void start_multicast()
 {
     kestub::reset();
     for (uint32_t port = 0; port < MC_PORT_MAX; ++port) {
-        Bytes ranges(1744, 0);
-        std::memcpy(ranges.data() + 8, &port, 4);
+        Bytes ranges = ketest::cm_record(1744, {{8, port}});
         kestub::cm_preload(817, ranges.data(), ranges.size());
     }
-    Bytes board(956, 0);
-    std::memcpy(board.data() + 4, &kBoardPorts, 4);
+    Bytes board = ketest::cm_record(956, {{4, kBoardPorts}});
     kestub::ipc_script("ke_ke_board_info_get_call", 0, board.data(), board.size());
     ke_omci_mc_data_init();
     g_init_ops = kestub::cm_calls();
@@ -241,7 +239,9 @@ TEST_F(Bounds, BoardPortCountPastTheCacheIsServedAsTheCache)
 }
 
 // The MAC table copies no more entries than the caller has room for and a
-// reply can carry, whatever count the service answers.
+// reply can carry, whatever count the service answers: each entry's MAC
+// from reply offset 16 + 16i and its word from 12 + 16i; bytes 6 and 7 and
+// every entry past the count are left alone.
 TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
 {
     struct Case {
@@ -252,40 +252,55 @@ TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
     const Case cases[] = {
         {10, 10, 10},
         {10, 9, 9},  // the caller's capacity
+        {10, 0, 0},
+        {0, 20, 0},
         {BR_TABLE_MAX, BR_TABLE_MAX + 8, BR_TABLE_MAX},
         {BR_TABLE_MAX + 1, BR_TABLE_MAX + 8, BR_TABLE_MAX},  // what a reply can carry
         {0xFFFFFFFF, BR_TABLE_MAX + 8, BR_TABLE_MAX},
     };
+    st_br_table reply;
+    std::memset(&reply, 0xD0, sizeof reply);
+    for (uint32_t i = 0; i < BR_TABLE_MAX; ++i) {
+        reply.ast_entry[i].ui_info = 0x1000 + i;
+        for (int b = 0; b < KE_MAC_LEN; ++b)
+            reply.ast_entry[i].auc_mac[b] = static_cast<uint8_t>(i * 8 + b);
+    }
     for (const Case &c : cases) {
         SCOPED_TRACE(std::to_string(c.answered) + " answered, room for " +
                      std::to_string(c.capacity));
         kestub::reset();
-        st_br_table reply;
-        std::memset(&reply, 0x5C, sizeof reply);
+        kestub::log_set(true);
         reply.ui_entry_num = c.answered;
         kestub::ipc_script_reply("ke_ke_sml_br_table_get_call", reply);
-        std::vector<st_br_mac> entries(c.capacity);
+        std::vector<st_br_mac> entries(std::max(c.capacity, 1u));
         std::memset(entries.data(), 0xA5, entries.size() * sizeof(st_br_mac));
         uint32_t count = c.capacity;
-        EXPECT_EQ(ke_omci_tapi_br_table_get(1, &count, entries.data()), 0u);
+        EXPECT_EQ(ketest::printed([&] {
+                      EXPECT_EQ(ke_omci_tapi_br_table_get(9, &count, entries.data()), 0u);
+                  }),
+                  "");
         EXPECT_EQ(count, c.copied);
-        for (uint32_t i = 0; i < c.capacity; ++i)
-            EXPECT_EQ(entries[i].ui_info, i < c.copied ? 0x5C5C5C5Cu : 0xA5A5A5A5u) << i;
+        for (uint32_t i = 0; i < entries.size(); ++i) {
+            st_br_mac want;
+            std::memset(&want, 0xA5, sizeof want);
+            if (i < c.copied) {
+                std::memcpy(want.auc_mac, reply.ast_entry[i].auc_mac, KE_MAC_LEN);
+                want.ui_info = 0x1000 + i;
+            }
+            EXPECT_EQ(ketest::bytes_of(entries[i]), ketest::bytes_of(want)) << i;
+        }
+        Bytes request = ketest::words({0, 0, 9});
+        request.resize(sizeof(st_br_table));
+        EXPECT_EQ(kestub::ipc_calls().at(0).request, request);
     }
 }
-
-
-
 
 // The DNS text of a new interface is split in a 64-byte copy, each server
 // in a 16-byte one: a text or a server that does not fit adds no server.
 TEST_F(Bounds, DnsTextAndServersPastTheirCopiesAddNoServer)
 {
     const std::string server = "255.255.255.255";  // the longest dotted address
-    struct Case {
-        std::string dns;
-        size_t servers;
-    };
+    struct Case { std::string dns; size_t servers; };
     const Case cases[] = {
         {server + std::string(63 - server.size(), ','), 1},  // 63 characters
         {server + std::string(64 - server.size(), ','), 0},  // 64: no room for the NUL

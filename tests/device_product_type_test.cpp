@@ -63,12 +63,9 @@ private:
 // which fetches it; the answer is the code found (99 when the read failed).
 TEST_F(Sysinfo, ProductTypeIgnoresLetterCaseButNotExtraCharacters)
 {
-    struct {
-        const char *text;
-        uint32_t code;
-    } cases[] = {{"SFU", 0},  {"sfu", 0},  {"sFu", 0},  {"HGU", 1},   {"Hgu", 1},
-                 {"SBU", 2},  {"sbU", 2},  {"SFU1", 15}, {"HGU ", 15}, {" SBU", 15},
-                 {"SF", 15},  {"", 15},    {"ONT", 15},  {nullptr, 15}};
+    struct { const char *text; uint32_t code; } cases[] = {
+        {"sFu", 0}, {"Hgu", 1},  {"SBU", 2}, {"sbU", 2},  {"SFU1", 15},
+        {" SBU", 15}, {"SF", 15}, {"", 15},  {"ONT", 15}, {nullptr, 15}};
     for (const auto &c : cases) {
         FreshLibrary lib;
         auto *get = lib.symbol<uint32_t(st_sysinfo *)>("ke_omci_tapi_sysinfo_get");

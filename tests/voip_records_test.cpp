@@ -1,8 +1,10 @@
-// Every VoIP setter: the exact records it hands the configuration manager
-// (fields at odd offsets, mask words, untouched bytes zero), what the RTP
-// setter keeps after a failed write, and refused arguments.
+// Every VoIP and remote-management setter: the exact records it hands the
+// configuration manager (fields at odd offsets, mask words, untouched
+// bytes zero), and refused arguments; the TR-069 server read back, the
+// configuration method kept in memory and the TR-069 WAN status.
 #include <functional>
 
+#include "ke_omci_tapi/remote_mgmt.h"
 #include "ke_omci_tapi/voip.h"
 #include "voip_test.h"
 
@@ -31,6 +33,16 @@ st_voip_agent agent(uint16_t value)
     return a;
 }
 
+// The URL fills its 256 bytes with no terminator.
+st_tr069_server acs_server(char first)
+{
+    st_tr069_server s;
+    std::memcpy(s.auc_acs_url, filled(first, 256).data(), 256);
+    std::memcpy(s.auc_acs_user_name, filled(first + 1, 64).data(), 64);
+    std::memcpy(s.auc_acs_password, filled(first + 2, 64).data(), 64);
+    return s;
+}
+
 // A table 470 record with one server block (address 'a'...) or the agent.
 Bytes servers(uint32_t block, uint32_t port, uint8_t transport, uint32_t mask)
 {
@@ -55,11 +67,7 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
     std::memcpy(auth.auc_password, filled('p', 128).data(), 128);
     std::memcpy(auth.auc_realm, filled('r', 128).data(), 128);
     using Writes = std::vector<std::pair<uint32_t, Bytes>>;
-    struct Case {
-        const char *label;
-        std::function<uint32_t()> call;
-        Writes writes;
-    } cases[] = {
+    struct Case { const char *label; std::function<uint32_t()> call; Writes writes; } cases[] = {
         // clang-format off
         {"udptcp, line 0x0102", with(ke_omci_tapi_voip_udptcp_set, st_voip_udptcp{0x0102, 5060, 17, 0x1B8}),
          {{473, Image(4171).u8(4, 2).u8(7, 0xB8).u32(9, 5060).u32(4167, 0x14)}}},
@@ -105,6 +113,16 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
         {"silence", with(ke_omci_tapi_voip_silence_set, st_voip_silence{0x103, 0x101}),
          {{473, Image(4171).u8(4, 3).u8(39, 1).u32(4167, 0x4000)}}},
         {"fax 257", with(ke_omci_tapi_voip_faxmode_set, 257u), {{477, Image(40).u8(4, 1).u32(36, 0x1)}}},
+        // The TR-069 server's mask sits at 2179, with four zero bytes after it.
+        {"acs", with(ke_omci_tapi_tr069_server_set, acs_server('a')),
+         {{524, Image(2187).text(12, filled('a', 256)).text(272, filled('b', 64))
+                    .text(336, filled('c', 64)).u32(2179, 0x250)}}},
+        // The two flags store 1 only for 1, each in its own word.
+        {"voip conf 1", with(ke_omci_tapi_voip_conf_set, 1u), {{668, Image(16).u32(4, 1).u32(12, 0x1)}}},
+        {"voip conf 3", with(ke_omci_tapi_voip_conf_set, 3u), {{668, Image(16).u32(12, 0x1)}}},
+        {"voip conf 0x101", with(ke_omci_tapi_voip_conf_set, 0x101u), {{668, Image(16).u32(12, 0x1)}}},
+        {"tr069 conf 1", with(ke_omci_tapi_tr069_conf_set, 1u), {{668, Image(16).u32(8, 1).u32(12, 0x2)}}},
+        {"tr069 conf 2", with(ke_omci_tapi_tr069_conf_set, 2u), {{668, Image(16).u32(12, 0x2)}}},
         {"digit map", [] { return ke_omci_tapi_voip_digitmap_set("[2-9]xxxxxx"); }, {}},
         {"null digit map", [] { return ke_omci_tapi_voip_digitmap_set(nullptr); }, {}},
         // clang-format on
@@ -115,20 +133,6 @@ TEST_F(VoipRecords, EverySetterSendsExactlyItsRecords)
         EXPECT_EQ(ketest::cm_sets(), c.writes) << c.label;
         EXPECT_EQ(kestub::cm_calls().size(), c.writes.size()) << c.label;
     }
-}
-
-
-TEST_F(VoipRecords, RtpSetStopsAtAFailedGlobalWriteAndKeepsItAfterAFailedLineWrite)
-{
-    st_voip_rtp req = {2, 50000, 50100, 46};
-    kestub::cm_fail(476, 0x72300020);
-    EXPECT_EQ(ke_omci_tapi_voip_rtp_set(&req), 1u);
-    EXPECT_EQ(ketest::cm_sets().size(), 1u);
-
-    kestub::reset();
-    kestub::cm_fail(473, 0x72300021);
-    EXPECT_EQ(ke_omci_tapi_voip_rtp_set(&req), 1u);
-    EXPECT_EQ(ketest::u8_at(ketest::stored(476, 0), 5), 46u);
 }
 
 TEST_F(VoipRecords, NullArgumentsAreRefusedWithoutATableOperation)
@@ -150,11 +154,47 @@ TEST_F(VoipRecords, NullArgumentsAreRefusedWithoutATableOperation)
         ke_omci_tapi_voip_line_status_get(nullptr), ke_omci_tapi_voip_rtppm_get(nullptr),
         ke_omci_tapi_voip_callctrlpm_get(nullptr),  ke_omci_tapi_voip_sip_agentpm_get(nullptr),
         ke_omci_tapi_voip_sip_callinitpm_get(nullptr), ke_omci_tapi_voip_emergency_get(nullptr),
+        ke_omci_tapi_tr069_server_set(nullptr),     ke_omci_tapi_tr069_server_get(nullptr),
+        ke_omci_tapi_voip_conf_set(nullptr),        ke_omci_tapi_voip_conf_get(nullptr),
+        ke_omci_tapi_tr069_conf_set(nullptr),
         // clang-format on
     };
     for (uint32_t r : results)
         EXPECT_EQ(r, 1u);
     EXPECT_TRUE(kestub::cm_calls().empty());
+}
+
+class RemoteMgmt : public ketest::StubTest {};
+
+// No test before this one sets the method: it is 0 from load until it is set.
+TEST_F(RemoteMgmt, ConfigurationMethodStartsAtZeroAndKeepsTheLastValueInMemory)
+{
+    EXPECT_EQ(ke_omci_tapi_voip_cnfig_method_get(), 0u);
+    for (uint32_t method : {3u, 0xFFFFFFFFu, 0u}) {
+        EXPECT_EQ(ke_omci_tapi_voip_cnfig_method_set(method), 0u);
+        EXPECT_EQ(ke_omci_tapi_voip_cnfig_method_get(), method);
+    }
+    uint32_t status = 0xDEAD;  // no TR-069 connection has been set
+    EXPECT_EQ(ke_omci_tapi_tr069_status_get(&status), 0u);
+    EXPECT_EQ(status, 0u);
+    EXPECT_EQ(ke_omci_tapi_tr069_status_get(nullptr), 0u);
+    EXPECT_TRUE(kestub::cm_calls().empty());
+}
+
+// Through the store: the server reads back byte for byte, the VoIP flag
+// reads back and the TR-069 flag leaves it.
+TEST_F(RemoteMgmt, ServerAndFlagReadBack)
+{
+    st_tr069_server req = acs_server('a'), out;
+    std::memset(&out, 0x5A, sizeof out);
+    ASSERT_EQ(ke_omci_tapi_tr069_server_set(&req), 0u);
+    EXPECT_EQ(ke_omci_tapi_tr069_server_get(&out), 0u);
+    EXPECT_EQ(std::memcmp(&out, &req, sizeof out), 0);
+    uint32_t one = 1, zero = 0, flag = 7;
+    ASSERT_EQ(ke_omci_tapi_voip_conf_set(&one), 0u);
+    ASSERT_EQ(ke_omci_tapi_tr069_conf_set(&zero), 0u);
+    EXPECT_EQ(ke_omci_tapi_voip_conf_get(&flag), 0u);
+    EXPECT_EQ(flag, 1u);
 }
 
 }  // namespace

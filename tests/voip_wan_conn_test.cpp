@@ -1,6 +1,7 @@
 // The VoIP WAN connection: finding it by service bit, change detection
 // and field masks of a set, creation when it is missing, the read of its
-// values in use, the delete, failures and the TR-069 WAN status byte.
+// values in use, the delete and the TR-069 WAN status byte.  Failed table
+// operations, allocations and copies are the fault sweep's.
 #include <arpa/inet.h>
 
 #include <cstring>
@@ -16,10 +17,9 @@ namespace {
 
 using ketest::bytes_of;
 using kestub::CmOp;
+using Ops = std::vector<CmOp>;
 
-constexpr uint32_t kConn = 448;
-constexpr uint32_t kState = 449;
-constexpr uint32_t kList = 458;
+constexpr uint32_t kConn = 448, kState = 449, kList = 458;
 
 uint32_t addr(const char *text) { return inet_addr(text); }
 
@@ -29,10 +29,17 @@ void put_addr(uint8_t *dst, const char *text)
     std::memcpy(dst, &a, 4);
 }
 
+template <class Rec>
+Rec zeroed()
+{
+    Rec r;
+    std::memset(static_cast<void *>(&r), 0, sizeof r);
+    return r;
+}
+
 st_wan_conn_list_entry entry(uint8_t key, uint8_t service, const char *name)
 {
-    st_wan_conn_list_entry e;
-    std::memset(&e, 0, sizeof e);
+    auto e = zeroed<st_wan_conn_list_entry>();
     e.auc_key[0] = key;
     e.auc_key[1] = static_cast<uint8_t>(key + 1);
     e.auc_key[2] = static_cast<uint8_t>(key + 2);
@@ -44,8 +51,7 @@ st_wan_conn_list_entry entry(uint8_t key, uint8_t service, const char *name)
 // A static connection as the configuration manager holds it.
 st_wan_conn stored_conn(uint8_t key, const char *name)
 {
-    st_wan_conn c;
-    std::memset(&c, 0, sizeof c);
+    auto c = zeroed<st_wan_conn>();
     c.auc_key[0] = key;
     c.auc_key[1] = static_cast<uint8_t>(key + 1);
     c.auc_key[2] = static_cast<uint8_t>(key + 2);
@@ -60,15 +66,14 @@ st_wan_conn stored_conn(uint8_t key, const char *name)
     put_addr(c.auc_netmask, "255.255.255.0");
     put_addr(c.auc_gateway, "10.0.0.1");
     std::snprintf(c.ac_dns, sizeof c.ac_dns, "8.8.8.8,8.8.4.4");
-    const uint8_t mac[6] = {0x02, 0x10, 0x18, 0x00, 0x00, 0x02};
+    const uint8_t mac[6] = {0x02, 0x10, 0x18, 0x00, 0x00, key};
     std::memcpy(c.auc_mac, mac, 6);
     return c;
 }
 
 st_wan_conn_state stored_state(uint8_t key, const char *name)
 {
-    st_wan_conn_state s;
-    std::memset(&s, 0, sizeof s);
+    auto s = zeroed<st_wan_conn_state>();
     s.uc_key = key;
     std::snprintf(s.ac_name, sizeof s.ac_name, "%s", name);
     std::snprintf(s.ac_ipaddr, sizeof s.ac_ipaddr, "10.9.8.7");
@@ -81,15 +86,14 @@ st_wan_conn_state stored_state(uint8_t key, const char *name)
 
 st_voip_wan_attr attr_for(uint16_t service)
 {
-    st_voip_wan_attr a;
-    std::memset(&a, 0, sizeof a);
+    auto a = zeroed<st_voip_wan_attr>();
     a.us_service = service;
     return a;
 }
 
-std::vector<CmOp> ops()
+Ops ops()
 {
-    std::vector<CmOp> out;
+    Ops out;
     for (const auto &c : kestub::cm_calls())
         out.push_back(c.op);
     return out;
@@ -124,22 +128,23 @@ protected:
         write_config("network", network);
     }
 
-    void preload(const st_wan_conn_list_entry &e) { kestub::cm_preload(kList, &e, sizeof e); }
-    void preload(const st_wan_conn &c) { kestub::cm_preload(kConn, &c, sizeof c); }
-    void preload(const st_wan_conn_state &s) { kestub::cm_preload(kState, &s, sizeof s); }
+    template <class Rec>
+    static void preload(uint32_t table, const Rec &r)
+    {
+        kestub::cm_preload(table, &r, sizeof r);
+    }
 
     // One connection with these service bits, its record and its state.
-    st_wan_conn preload_conn(uint8_t key, uint8_t service_bits, const char *name)
+    static st_wan_conn preload_conn(uint8_t key, uint8_t service_bits, const char *name)
     {
-        preload(entry(key, service_bits, name));
+        preload(kList, entry(key, service_bits, name));
         st_wan_conn c = stored_conn(key, name);
-        c.auc_mac[5] = key;
-        preload(c);
-        preload(stored_state(key, name));
+        preload(kConn, c);
+        preload(kState, stored_state(key, name));
         return c;
     }
 
-    st_wan_conn preload_voice() { return preload_conn(1, KE_WAN_SERVICE_VOICE, "voice"); }
+    static st_wan_conn preload_voice() { return preload_conn(1, KE_WAN_SERVICE_VOICE, "voice"); }
 
     // Delete clears the status byte, which lives as long as the library.
     void clear_status()
@@ -148,50 +153,19 @@ protected:
         restart();
     }
 
-    // Checks the status byte when the TR-069 status read is in the build.
+    // The status byte; want when the TR-069 status read is in the build.
     static void expect_status(uint32_t want, const char *label = "")
     {
-        if (ke_omci_tapi_tr069_status_get != nullptr) {
-            EXPECT_EQ(status_byte(), want) << label;
-        }
-    }
-
-    static uint8_t status_byte()
-    {
+        if (ke_omci_tapi_tr069_status_get == nullptr)
+            return;
         uint32_t value = 0xEEEEEEEE;
         EXPECT_EQ(ke_omci_tapi_tr069_status_get(&value), 0u);
-        return static_cast<uint8_t>(value);
+        EXPECT_EQ(static_cast<uint8_t>(value), want) << label;
     }
 };
 
-TEST_F(VoipWan, OnlyTheChangedGatewayIsWritten)
-{
-    st_wan_conn old = preload_voice();
-    st_voip_wan_attr a = attr_for(0);
-    a.ui_gateway = addr("10.0.0.254");
-    a.ui_gateway_set = 1;
-    kestub::os_fail_malloc(1);  // set takes its list from the C heap
-    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
-    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
-
-    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetAllEntry, CmOp::Get, CmOp::Set}));
-    const auto &list_read = kestub::cm_calls()[0];
-    EXPECT_EQ(list_read.table, kList);
-    EXPECT_EQ(list_read.size, 148u);
-    EXPECT_EQ(list_read.count, 1u);
-    EXPECT_EQ(kestub::cm_calls()[1].table, kConn);
-    EXPECT_EQ(kestub::cm_calls()[1].size, 2680u);
-
-    st_wan_conn want = old;
-    put_addr(want.auc_gateway, "10.0.0.254");
-    want.ui_mask1 = 0x1000100;
-    want.ui_mask2 = 0;
-    ASSERT_EQ(conn_sets().size(), 1u);
-    EXPECT_EQ(conn_sets()[0], bytes_of(want));
-    EXPECT_EQ(kestub::cm_calls()[2].size, 2680u);
-    EXPECT_EQ(ke_omci_tapi_voip_wan_set(nullptr), 0x70000000u);
-}
-
+// The list is read whole (1 slot: 1 entry of 148 bytes), then the
+// connection's record; only a change writes it, with the fields' masks.
 TEST_F(VoipWan, EachChangedValueSetsItsMaskBits)
 {
     struct Case {
@@ -199,58 +173,58 @@ TEST_F(VoipWan, EachChangedValueSetsItsMaskBits)
         void (*old)(st_wan_conn &);
         void (*give)(st_voip_wan_attr &);
         void (*want)(st_wan_conn &);  // fields written, from the old record
-        uint32_t mask1;
-        uint32_t mask2;
+        uint32_t mask1, mask2;
     };
+    auto same = [](st_wan_conn &) {};
     const Case cases[] = {
-        {"dhcp on a static connection", [](st_wan_conn &) {},
+        {"new gateway", same,
+         [](st_voip_wan_attr &a) { a.ui_gateway = addr("10.0.0.254"); a.ui_gateway_set = 1; },
+         [](st_wan_conn &c) { put_addr(c.auc_gateway, "10.0.0.254"); }, 0x1000100, 0},
+        {"dhcp on a static connection", same,
          [](st_voip_wan_attr &a) { a.us_ip_options = 1; a.us_ip_options_set = 1; },
          [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_DHCP; }, 0x100, 0},
-        {"only bit 0 of the options counts", [](st_wan_conn &) {},
-         [](st_voip_wan_attr &a) { a.us_ip_options = 0xFFFE; a.us_ip_options_set = 1; },
-         [](st_wan_conn &) {}, 0, 0},
-        {"new vlan", [](st_wan_conn &) {},
-         [](st_voip_wan_attr &a) { a.ui_vlan_id = 101; a.ui_vlan_id_set = 1; },
+        {"only bit 0 of the options counts", same,
+         [](st_voip_wan_attr &a) { a.us_ip_options = 0xFFFE; a.us_ip_options_set = 1; }, same,
+         0, 0},
+        {"new vlan", same, [](st_voip_wan_attr &a) { a.ui_vlan_id = 101; a.ui_vlan_id_set = 1; },
          [](st_wan_conn &c) { c.ui_vlan_id = 101; }, 0x22, 0},
         {"same vlan, vlan mode not yet 2", [](st_wan_conn &c) { c.uc_vlan_mode = 0; },
          [](st_voip_wan_attr &a) { a.ui_vlan_id = 100; a.ui_vlan_id_set = 1; },
          [](st_wan_conn &c) { c.uc_vlan_mode = 2; }, 0x22, 0},
-        {"priority 15 means none", [](st_wan_conn &) {},
+        {"priority 15 means none", same,
          [](st_voip_wan_attr &a) { a.uc_priority = 15; a.us_priority_set = 1; },
          [](st_wan_conn &c) { c.uc_priority = 0; c.uc_priority_enable = 0; }, 0x4, 0x20000000},
         {"priority 0 is in force",
          [](st_wan_conn &c) { c.uc_priority = 0; c.uc_priority_enable = 0; },
          [](st_voip_wan_attr &a) { a.uc_priority = 0; a.us_priority_set = 1; },
          [](st_wan_conn &c) { c.uc_priority_enable = 1; }, 0, 0x20000000},
-        {"new priority", [](st_wan_conn &) {},
+        {"new priority", same,
          [](st_voip_wan_attr &a) { a.uc_priority = 6; a.us_priority_set = 1; },
          [](st_wan_conn &c) { c.uc_priority = 6; }, 0x4, 0},
-        {"new address", [](st_wan_conn &) {},
+        {"new address", same,
          [](st_voip_wan_attr &a) { a.ui_ipaddr = addr("10.0.0.3"); a.ui_ipaddr_set = 1; },
          [](st_wan_conn &c) { put_addr(c.auc_ipaddr, "10.0.0.3"); }, 0x2000100, 0},
         {"same address on a dhcp connection",
          [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_DHCP; },
          [](st_voip_wan_attr &a) { a.ui_ipaddr = addr("10.0.0.2"); a.ui_ipaddr_set = 1; },
          [](st_wan_conn &c) { c.uc_addr_mode = KE_WAN_ADDR_STATIC; }, 0x2000100, 0},
-        {"new mask", [](st_wan_conn &) {},
+        {"new mask", same,
          [](st_voip_wan_attr &a) { a.ui_netmask = addr("255.0.0.0"); a.ui_netmask_set = 1; },
          [](st_wan_conn &c) { put_addr(c.auc_netmask, "255.0.0.0"); }, 0x800100, 0},
-        {"new dns text", [](st_wan_conn &) {},
+        {"new dns text", same,
          [](st_voip_wan_attr &a) { std::strcpy(a.ac_dns, "9.9.9.9"); a.ui_dns_set = 1; },
          [](st_wan_conn &c) { std::memset(c.ac_dns, 0, 256); std::strcpy(c.ac_dns, "9.9.9.9"); },
          0x40000100, 0},
         {"dns differing after its terminator", [](st_wan_conn &c) { c.ac_dns[255] = 'x'; },
          [](st_voip_wan_attr &a) { std::strcpy(a.ac_dns, "8.8.8.8,8.8.4.4"); a.ui_dns_set = 1; },
          [](st_wan_conn &c) { c.ac_dns[255] = 0; }, 0x40000100, 0},
-        {"an address after dhcp in one call stays static", [](st_wan_conn &) {},
+        {"an address after dhcp in one call stays static", same,
          [](st_voip_wan_attr &a) {
-             a.us_ip_options = 1;
-             a.us_ip_options_set = 1;
+             a.us_ip_options = a.us_ip_options_set = a.ui_ipaddr_set = 1;
              a.ui_ipaddr = addr("10.0.0.2");
-             a.ui_ipaddr_set = 1;
          },
-         [](st_wan_conn &) {}, 0x100, 0},
-        {"every value as stored", [](st_wan_conn &) {},
+         same, 0x100, 0},
+        {"every value as stored", same,
          [](st_voip_wan_attr &a) {
              st_wan_conn c = stored_conn(1, "voice");
              a.us_ip_options_set = a.ui_vlan_id_set = a.us_priority_set = 1;
@@ -262,8 +236,8 @@ TEST_F(VoipWan, EachChangedValueSetsItsMaskBits)
              std::memcpy(&a.ui_gateway, c.auc_gateway, 4);
              std::memcpy(a.ac_dns, c.ac_dns, 256);
          },
-         [](st_wan_conn &) {}, 0, 0},
-        {"values without presence are ignored", [](st_wan_conn &) {},
+         same, 0, 0},
+        {"values without presence are ignored", same,
          [](st_voip_wan_attr &a) {
              a.us_ip_options = 1;
              a.ui_vlan_id = 7;
@@ -273,28 +247,36 @@ TEST_F(VoipWan, EachChangedValueSetsItsMaskBits)
              a.ui_gateway = addr("1.2.3.1");
              std::strcpy(a.ac_dns, "1.1.1.1");
          },
-         [](st_wan_conn &) {}, 0, 0},
+         same, 0, 0},
     };
     for (const Case &c : cases) {
+        SCOPED_TRACE(c.label);
         restart();
         st_wan_conn old = stored_conn(1, "voice");
         c.old(old);
-        preload(entry(1, KE_WAN_SERVICE_VOICE, "voice"));
-        preload(old);
+        preload(kList, entry(1, KE_WAN_SERVICE_VOICE, "voice"));
+        preload(kConn, old);
         st_voip_wan_attr a = attr_for(0);
         c.give(a);
-        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u) << c.label;
-        if (c.mask1 == 0 && c.mask2 == 0) {
-            EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetAllEntry, CmOp::Get})) << c.label;
-            continue;
+        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+        const bool written = c.mask1 != 0 || c.mask2 != 0;
+        ASSERT_EQ(ops(), (written ? Ops{CmOp::GetAllEntry, CmOp::Get, CmOp::Set}
+                                  : Ops{CmOp::GetAllEntry, CmOp::Get}));
+        const auto &calls = kestub::cm_calls();
+        EXPECT_EQ(calls[0].table, kList);
+        EXPECT_EQ(calls[0].size, 148u);
+        EXPECT_EQ(calls[0].count, 1u);
+        EXPECT_EQ(calls[1].table, kConn);
+        EXPECT_EQ(calls[1].size, 2680u);
+        if (written) {
+            st_wan_conn want = old;
+            c.want(want);
+            want.ui_mask1 = c.mask1;
+            want.ui_mask2 = c.mask2;
+            EXPECT_EQ(conn_sets().at(0), bytes_of(want));
         }
-        st_wan_conn want = old;
-        c.want(want);
-        want.ui_mask1 = c.mask1;
-        want.ui_mask2 = c.mask2;
-        ASSERT_EQ(conn_sets().size(), 1u) << c.label;
-        EXPECT_EQ(conn_sets()[0], bytes_of(want)) << c.label;
     }
+    EXPECT_EQ(ke_omci_tapi_voip_wan_set(nullptr), 0x70000000u);
 }
 
 TEST_F(VoipWan, ServiceBitsDifferBetweenSetAndReads)
@@ -309,8 +291,7 @@ TEST_F(VoipWan, ServiceBitsDifferBetweenSetAndReads)
     };
     struct {
         uint16_t service;
-        uint8_t set_key;
-        uint8_t read_key;
+        uint8_t set_key, read_key;
     } cases[] = {{0, 7, 7}, {1, 1, 1}, {2, 4, 1}, {0xFFFF, 4, 1}};
     for (const auto &c : cases) {
         arrange();
@@ -318,9 +299,9 @@ TEST_F(VoipWan, ServiceBitsDifferBetweenSetAndReads)
         a.ui_vlan_id = 200;
         a.ui_vlan_id_set = 1;
         EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+        EXPECT_EQ(kestub::cm_calls()[0].count, 4u);
         ASSERT_EQ(conn_sets().size(), 1u) << c.service;
         EXPECT_EQ(conn_sets()[0][4], c.set_key) << c.service;
-        EXPECT_EQ(kestub::cm_calls()[0].count, 4u);
 
         arrange();
         st_voip_wan_attr g = attr_for(c.service);
@@ -335,22 +316,6 @@ TEST_F(VoipWan, ServiceBitsDifferBetweenSetAndReads)
         ASSERT_EQ(ops().back(), CmOp::Del);
         EXPECT_EQ(kestub::cm_calls().back().record[4], service == 0 ? 7 : 1) << service;
     }
-}
-
-TEST_F(VoipWan, SetCountsTheListByTheSlotsInUse)
-{
-    // Two connections listed, one slot known to uci: the second one is not
-    // seen, and without a VLAN nothing is created.
-    preload(entry(1, KE_WAN_SERVICE_TR069, "tr069"));
-    preload(entry(2, KE_WAN_SERVICE_VOICE, "voice"));
-    preload(stored_conn(2, "voice"));
-    st_voip_wan_attr a = attr_for(0);
-    a.ui_gateway = addr("10.0.0.9");
-    a.ui_gateway_set = 1;
-    EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
-    EXPECT_EQ(ops(), std::vector<CmOp>{CmOp::GetAllEntry});
-    EXPECT_EQ(kestub::cm_calls()[0].count, 1u);
-    EXPECT_EQ(kestub::cm_calls()[0].size, 148u);
 }
 
 TEST_F(VoipWan, NoSlotAndNoVlanCreatesNothing)
@@ -370,13 +335,10 @@ TEST_F(VoipWan, AMissingConnectionIsCreatedFromTheCallersValues)
 {
     struct {
         const char *label;
-        uint16_t service;
-        uint16_t ip_options;
+        uint16_t service, ip_options;
         uint8_t priority;
         bool address;
-        const char *proto;
-        const char *conn_type;
-        const char *mapping;
+        const char *proto, *conn_type, *mapping;
     } cases[] = {
         {"static voice", 0, 0, 3, true, "static", "VOICE", "7:3"},
         {"dhcp tr069 without priority", 1, 1, 15, false, "dhcp", "TR069", "7:0"},
@@ -384,34 +346,30 @@ TEST_F(VoipWan, AMissingConnectionIsCreatedFromTheCallersValues)
         {"internet", 9, 0, 7, true, "static", "INTERNET", "7:7"},
     };
     for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
         clear_status();
         use_slots(0);
         write_config("firewall", "config zone\nconfig zone\n");
         st_voip_wan_attr a = attr_for(c.service);
         a.ui_vlan_id = 300;
-        a.ui_vlan_id_set = 1;
         a.uc_priority = c.priority;
-        a.us_priority_set = 1;
         a.us_ip_options = c.ip_options;
-        a.us_ip_options_set = 1;
+        a.ui_vlan_id_set = a.us_priority_set = a.us_ip_options_set = 1;
         if (c.address) {
             a.ui_ipaddr = addr("10.3.0.2");
-            a.ui_ipaddr_set = 1;
             a.ui_netmask = addr("255.255.255.0");
-            a.ui_netmask_set = 1;
             std::strcpy(a.ac_dns, "1.0.0.1,1.1.1.1");
-            a.ui_dns_set = 1;
+            a.ui_ipaddr_set = a.ui_netmask_set = a.ui_dns_set = 1;
         }
-        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u) << c.label;
-        EXPECT_TRUE(kestub::cm_calls().empty()) << c.label;
-        EXPECT_EQ(uci_get("network.pon_1.proto"), c.proto) << c.label;
-        EXPECT_EQ(uci_get("network.pon_1.conn_type"), c.conn_type) << c.label;
-        EXPECT_EQ(uci_get("network.pon_1.device"), "pon.300") << c.label;
-        EXPECT_EQ(uci_get("network.@device[-1].egress_qos_mapping").substr(28), c.mapping)
-            << c.label;
-        EXPECT_EQ(uci_get("network.pon_1.ipaddr"), c.address ? "10.3.0.2" : "") << c.label;
-        EXPECT_EQ(uci_get("network.pon_1.dns"), c.address ? "1.0.0.1 1.1.1.1" : "") << c.label;
-        expect_status(c.service != 0 ? 1 : 0, c.label);
+        EXPECT_EQ(ke_omci_tapi_voip_wan_set(&a), 0u);
+        EXPECT_TRUE(kestub::cm_calls().empty());
+        EXPECT_EQ(uci_get("network.pon_1.proto"), c.proto);
+        EXPECT_EQ(uci_get("network.pon_1.conn_type"), c.conn_type);
+        EXPECT_EQ(uci_get("network.pon_1.device"), "pon.300");
+        EXPECT_EQ(uci_get("network.@device[-1].egress_qos_mapping").substr(28), c.mapping);
+        EXPECT_EQ(uci_get("network.pon_1.ipaddr"), c.address ? "10.3.0.2" : "");
+        EXPECT_EQ(uci_get("network.pon_1.dns"), c.address ? "1.0.0.1 1.1.1.1" : "");
+        expect_status(c.service != 0 ? 1 : 0);
     }
 }
 
@@ -430,14 +388,14 @@ TEST_F(VoipWan, GetReturnsTheValuesInUseAndTheConfiguredDns)
     std::memcpy(s.ac_dns2, "1111111111111111", 16);  // no terminator: malformed
     const uint8_t state_mask[4] = {0xFF, 0xFF, 0xFF, 0x3F};
     std::memcpy(s.auc_mask, state_mask, 4);
-    preload(entry(3, KE_WAN_SERVICE_VOICE, "ip host"));
-    preload(c);
-    preload(s);
+    preload(kList, entry(3, KE_WAN_SERVICE_VOICE, "ip host"));
+    preload(kConn, c);
+    preload(kState, s);
 
     st_voip_wan_attr a = attr_for(0);
     a.us_ip_options = 0x10;
     EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0u);
-    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Get}));
+    EXPECT_EQ(ops(), (Ops{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Get}));
     EXPECT_EQ(kestub::cm_calls()[3].table, kState);
     EXPECT_EQ(kestub::cm_calls()[3].size, 559u);
     EXPECT_EQ(a.us_ip_options, 0x11);
@@ -451,8 +409,6 @@ TEST_F(VoipWan, GetReturnsTheValuesInUseAndTheConfiguredDns)
     EXPECT_EQ(a.us_service, 0);
 }
 
-// Failed table operations and allocations are the fault sweep's; these
-// are the answers without a failure.
 TEST_F(VoipWan, GetOfAMissingConnectionLeavesTheCallersRecord)
 {
     preload_voice();
@@ -462,64 +418,25 @@ TEST_F(VoipWan, GetOfAMissingConnectionLeavesTheCallersRecord)
     const st_voip_wan_attr before = a;
     EXPECT_EQ(ke_omci_tapi_voip_wan_get(&a), 0x70000000u);
     EXPECT_EQ(bytes_of(a), bytes_of(before));
-    // An empty table is no connection, without an allocation.
-    restart();
-    st_voip_wan_attr b = attr_for(0);
-    EXPECT_EQ(ke_omci_tapi_voip_wan_get(&b), 0x70000000u);
-    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
     EXPECT_EQ(ke_omci_tapi_voip_wan_get(nullptr), 0x70000000u);
-}
-
-TEST_F(VoipWan, CopyFailuresArePrintedUnderTheReportingName)
-{
-    // A name that fills the list entry's 64 bytes does not fit the record.
-    st_wan_conn_list_entry e = entry(1, KE_WAN_SERVICE_VOICE, "");
-    std::memset(e.ac_name, 'n', sizeof e.ac_name);
-    preload(e);
-    preload(stored_conn(1, "voice"));
-    st_voip_wan_attr a = attr_for(0);
-    a.ui_gateway = addr("10.0.0.9");
-    a.ui_gateway_set = 1;
-    uint32_t ret = 1;
-    std::string out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_set(&a); });
-    EXPECT_EQ(ret, 0u);
-    EXPECT_TRUE(ketest::is_copy_line(out, "ke_omci_tapi_voip_get_wan", "strcpy_s", 406)) << out;
-
-    // A stored name without terminator does not fit the state record.
-    restart();
-    st_wan_conn c = stored_conn(1, "");
-    std::memset(c.ac_name, 'n', sizeof c.ac_name);
-    preload(entry(1, KE_WAN_SERVICE_VOICE, "voice"));
-    preload(c);
-    preload(stored_state(1, ""));
-    st_voip_wan_attr g = attr_for(0);
-    out = ketest::printed([&] { ret = ke_omci_tapi_voip_wan_get(&g); });
-    EXPECT_EQ(ret, 0u);
-    EXPECT_TRUE(ketest::is_copy_line(out, "ke_omci_tapi_voip_wan_get", "strcpy_s", 406)) << out;
-    EXPECT_EQ(g.ui_ipaddr, addr("10.9.8.7"));
 }
 
 TEST_F(VoipWan, DeleteRemovesTheConnectionAsRead)
 {
     st_wan_conn stored = preload_voice();
     EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
-    EXPECT_EQ(ops(), (std::vector<CmOp>{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Del}));
+    EXPECT_EQ(ops(), (Ops{CmOp::GetEntryNum, CmOp::GetAllEntry, CmOp::Get, CmOp::Del}));
     const auto &del = kestub::cm_calls()[3];
     EXPECT_EQ(del.table, kConn);
-    EXPECT_EQ(del.size, 2680u);
     EXPECT_EQ(del.record, bytes_of(stored));
     EXPECT_TRUE(kestub::cm_entries(kConn).empty());
-    EXPECT_EQ(kestub::os_malloc_calls(), 1u);
-}
 
-TEST_F(VoipWan, DeleteOfAMissingConnectionIsASuccess)
-{
+    // A missing connection is a success.  (An empty table is one whose
+    // count cannot be read, as the fault sweep has it.)
+    restart();
     preload_conn(1, KE_WAN_SERVICE_TR069, "tr069");
     EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
     EXPECT_EQ(kestub::cm_entries(kConn).size(), 1u);
-    restart();
-    EXPECT_EQ(ke_omci_tapi_voip_wan_del(1), 0u);  // empty table
-    EXPECT_EQ(kestub::os_malloc_calls(), 0u);
 }
 
 TEST_F(VoipWan, Tr069StatusFollowsSetAndDelete)
@@ -528,22 +445,21 @@ TEST_F(VoipWan, Tr069StatusFollowsSetAndDelete)
         GTEST_SKIP() << "the TR-069 status read is not in this build";
     clear_status();
     use_slots(2);
-    preload(entry(1, KE_WAN_SERVICE_TR069, "tr069"));
-    preload(entry(2, KE_WAN_SERVICE_VOICE, "voice"));
-    preload(stored_conn(1, "tr069"));
-    preload(stored_conn(2, "voice"));
-    st_voip_wan_attr voice = attr_for(0);
-    st_voip_wan_attr tr069 = attr_for(1);
-    EXPECT_EQ(status_byte(), 0u);
+    preload(kList, entry(1, KE_WAN_SERVICE_TR069, "tr069"));
+    preload(kList, entry(2, KE_WAN_SERVICE_VOICE, "voice"));
+    preload(kConn, stored_conn(1, "tr069"));
+    preload(kConn, stored_conn(2, "voice"));
+    st_voip_wan_attr voice = attr_for(0), tr069 = attr_for(1);
+    expect_status(0);
     EXPECT_EQ(ke_omci_tapi_voip_wan_set(&voice), 0u);
-    EXPECT_EQ(status_byte(), 0u);
+    expect_status(0);
     EXPECT_EQ(ke_omci_tapi_voip_wan_set(&tr069), 0u);  // nothing changes, still a success
-    EXPECT_EQ(status_byte(), 1u);
+    expect_status(1);
     EXPECT_EQ(ke_omci_tapi_voip_wan_del(0), 0u);
-    EXPECT_EQ(status_byte(), 1u);
+    expect_status(1);
     kestub::os_fail_malloc(1);
     EXPECT_EQ(ke_omci_tapi_voip_wan_del(3), 0x7000001bu);  // cleared whatever the outcome
-    EXPECT_EQ(status_byte(), 0u);
+    expect_status(0);
 }
 
 }  // namespace

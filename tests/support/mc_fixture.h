@@ -21,21 +21,12 @@ using Bytes = std::vector<uint8_t>;
 using Records = std::vector<Bytes>;
 using Ops = std::vector<std::pair<kestub::CmOp, uint32_t>>;
 
-// A record of size bytes, zero but for the (offset, word) pairs given.
-inline Bytes record(size_t size, std::initializer_list<std::pair<uint32_t, uint32_t>> fields)
-{
-    Bytes rec(size, 0);
-    for (const auto &f : fields)
-        std::memcpy(rec.data() + f.first, &f.second, 4);
-    return rec;
-}
-
-inline Bytes ranges(uint32_t port) { return record(1744, {{8, port}, {1740, 12}}); }
+inline Bytes ranges(uint32_t port) { return cm_record(1744, {{8, port}, {1740, 12}}); }
 
 // The VLAN list record of a port (table 824) holding these slots.
 inline Bytes vlan_list(uint32_t port, std::array<uint32_t, MC_VLAN_MAX> slots)
 {
-    Bytes rec = record(48, {{8, port}, {44, 12}});
+    Bytes rec = cm_record(48, {{8, port}, {44, 12}});
     std::memcpy(rec.data() + 12, slots.data(), sizeof slots);
     return rec;
 }
@@ -71,7 +62,7 @@ inline void preload(const Bytes &rec, uint32_t table)
 
 inline void preload_port_mode(uint32_t port, uint32_t sfu_mode)
 {
-    preload(record(52, {{8, port}, {44, sfu_mode}, {48, 16}}), 834);
+    preload(cm_record(52, {{8, port}, {44, sfu_mode}, {48, 16}}), 834);
 }
 
 inline void preload_ports()
