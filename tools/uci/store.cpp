@@ -92,13 +92,19 @@ bool finish_commit(const Store &store, const std::string &name)
     return true;
 }
 
+// A parse error as a load reports it: what, and where in which file.
+std::string located(const ParseError &err, const std::string &path)
+{
+    return err.what + " at line " + std::to_string(err.line) + " of " + path;
+}
+
 // Replays the staged changes in the file at path, if there is one.
 bool replay(const std::string &path, Package *pkg, std::string *why)
 {
     std::string staged;
     ParseError err;
     if (read_file(path, &staged) && !apply_staged(staged, pkg, &err)) {
-        *why = err.what + " at line " + std::to_string(err.line) + " of " + path;
+        *why = located(err, path);
         return false;
     }
     return true;
@@ -118,7 +124,7 @@ LoadResult load(const Store &store, const std::string &name, Package *pkg, std::
     pkg->name = name;
     ParseError err;
     if (!parse_package(text, pkg, &err)) {
-        *why = err.what + " at line " + std::to_string(err.line) + " of " + path;
+        *why = located(err, path);
         return LoadResult::ParseFailed;
     }
     if ((!claim_in_file && !replay(claim_path(store, name), pkg, why)) ||
