@@ -188,8 +188,9 @@ TEST_F(McGroup, RemovingRangesUncountsThemAndTheLastRemovesTheVlan)
     Bytes stored = ranges(3);
     put_range(stored, 0, a, 1);
     put_range(stored, 1, b, 1);
+    put_range(stored, 2, c, 2);  // neither free nor in use: never matched
     ketest::preload(stored, 817);
-    EXPECT_EQ(ke_omci_tapi_mc_table_del(&c), 0u) << "a range never stored";
+    EXPECT_EQ(ke_omci_tapi_mc_table_del(&c), 0u) << "a range not stored as in use";
     EXPECT_EQ(cm_ops(), (Ops{{CmOp::Get, 817}}));
     EXPECT_EQ(vlan_lines(3), "vlan [5] area cnt[0]\nvlan [70] area cnt[1]\n");
 

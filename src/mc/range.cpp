@@ -34,9 +34,9 @@ uint32_t write_ranges(Site site, RangeRecord &rec)
     return report_info(site, set(rec));
 }
 
-bool entry_valid(const RangeRecord &rec, uint32_t i)
+uint32_t entry_valid(const RangeRecord &rec, uint32_t i)
 {
-    return rec.u32(RangeTab::entry(i) + RangeTab::ui_valid) != 0;
+    return rec.u32(RangeTab::entry(i) + RangeTab::ui_valid);
 }
 
 bool entry_holds(const RangeRecord &rec, uint32_t i, const st_mc_table &row)
@@ -54,14 +54,16 @@ void put_entry(Site site, RangeRecord &rec, uint32_t i, const st_mc_table &row, 
     rec.put_u32(RangeTab::entry(i) + RangeTab::ui_valid, valid);
 }
 
-// With every entry in use the range is not stored, and that is no failure.
+// An entry is free when its valid word is 0 and in use when it is 1; a
+// removal matches only entries in use.  With every entry in use the range
+// is not stored, and that is no failure.
 uint32_t ke_omci_mc_range_add_proc(uint32_t port, const st_mc_table &row)
 {
     RangeRecord rec;
     if (read_ranges(KE_SITE, rec, port, RangeTab::kMask) != 0)
         return 1;
     uint32_t i = 0;
-    while (i < MC_RANGE_MAX && entry_valid(rec, i))
+    while (i < MC_RANGE_MAX && entry_valid(rec, i) != 0)
         ++i;
     if (i == kNoEntry)
         return 0;
@@ -75,7 +77,7 @@ uint32_t ke_omci_mc_range_del_proc(uint32_t port, const st_mc_table &row)
     if (read_ranges(KE_SITE, rec, port, RangeTab::kMask) != 0)
         return 1;
     uint32_t i = 0;
-    while (i < MC_RANGE_MAX && !(entry_valid(rec, i) && entry_holds(rec, i, row)))
+    while (i < MC_RANGE_MAX && !(entry_valid(rec, i) == 1 && entry_holds(rec, i, row)))
         ++i;
     if (i == kNoEntry)
         return 0;
