@@ -4,7 +4,8 @@
 // injection: every command given to system() must be one of the
 // library's own command forms with a well-formed argument (a section
 // name as uci gave it, the record's VLAN and priority, a MAC, a dotted
-// address, a slot, a known keyword); the toolkit passes a caller's text
+// address, a DNS server with nothing the shell acts on, a slot, a known
+// keyword); the toolkit passes a caller's text
 // to the shell only when it is plain uci text, and reads back what uci
 // printed.  Also: addresses and MAC arithmetic against a model.
 #include <arpa/inet.h>
@@ -119,6 +120,8 @@ bool placeholder_ok(const std::string &kind, const std::string &v)
         return all_of(v, kDigits) && v.size() <= 4;
     if (kind == "A")
         return is_dotted(v);
+    if (kind == "D")
+        return !v.empty() && shell_inert(v);
     if (kind == "F")
         return v == "wan" || (v.size() == 5 && v.compare(0, 4, "pon_") == 0 &&
                               same_as_first(&sh.slot, v.substr(4)));
@@ -183,7 +186,7 @@ const char *const kForms[] = {
     "uci set network.{F}.ipaddr={A}",
     "uci set network.{F}.netmask={A}",
     "uci set network.{F}.gateway={A}",
-    "uci add_list network.{F}.dns={A}",
+    "uci add_list network.{F}.dns={D}",
     "uci set network.wan.ifname=pon.{V}",
     "uci set network.wan6.ifname=pon.{V}",
     "uci set network.pon_{N}.disabled=1",

@@ -295,21 +295,23 @@ TEST_F(Bounds, MacTableCopiesWithinCapacityAndReply)
     }
 }
 
-// The DNS text of a new interface is split in a 64-byte copy, each server
-// in a 16-byte one: a text or a server that does not fit adds no server.
-TEST_F(Bounds, DnsTextAndServersPastTheirCopiesAddNoServer)
+// The DNS text of a new interface is split in a 64-byte copy: a text that
+// does not fit adds no server.  A server that does not fit the 16-byte
+// value buffer is added whole, after the failed copy is printed.
+TEST_F(Bounds, DnsTextPastItsCopyAddsNoServer)
 {
     const std::string server = "255.255.255.255";  // the longest dotted address
-    struct Case { std::string dns; size_t servers; };
+    struct Case { std::string dns; std::vector<std::string> servers; bool copy_failed; };
     const Case cases[] = {
-        {server + std::string(63 - server.size(), ','), 1},  // 63 characters
-        {server + std::string(64 - server.size(), ','), 0},  // 64: no room for the NUL
-        {"1.1.1.1," + server, 2},
-        {"1.1.1.1,0" + server, 1},  // a 16-character server
+        {server + std::string(63 - server.size(), ','), {server}, false},  // 63 characters
+        {server + std::string(64 - server.size(), ','), {}, true},  // 64: no room for the NUL
+        {"1.1.1.1," + server, {"1.1.1.1", server}, false},
+        {"1.1.1.1,0" + server, {"1.1.1.1", "0" + server}, true},  // a 16-character server
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.dns);
         kestub::reset();
+        kestub::log_set(true);
         st_wan_conn conn;
         std::memset(&conn, 0, sizeof conn);
         conn.ui_service = KE_WAN_SERVICE_VOICE;
@@ -318,11 +320,14 @@ TEST_F(Bounds, DnsTextAndServersPastTheirCopiesAddNoServer)
         conn.auc_ipaddr[0] = 10;
         conn.auc_netmask[0] = 255;
         std::memcpy(conn.ac_dns, c.dns.data(), c.dns.size());
-        ketest::printed([&] { EXPECT_EQ(igdCmConfAddByUci(&conn), 0u); });
-        size_t servers = 0;
+        std::string out = ketest::printed([&] { EXPECT_EQ(igdCmConfAddByUci(&conn), 0u); });
+        std::vector<std::string> servers;
+        const std::string dns = "uci add_list network.pon_1.dns=";
         for (const std::string &command : kestub::shell_commands())
-            servers += command.rfind("uci add_list network.pon_1.dns=", 0) == 0;
+            if (command.rfind(dns, 0) == 0)
+                servers.push_back(command.substr(dns.size()));
         EXPECT_EQ(servers, c.servers);
+        EXPECT_EQ(out.find("strcpy_s return[") != std::string::npos, c.copy_failed) << out;
         const auto &commands = kestub::shell_commands();
         EXPECT_NE(std::find(commands.begin(), commands.end(), "uci set network.pon_1=interface"),
                   commands.end())

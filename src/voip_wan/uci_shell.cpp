@@ -29,17 +29,6 @@ bool is_letter_or_digit(char c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-// What a uci option or section reference may hold, blank included for
-// "config type": nothing that the shell would expand, quote, redirect or
-// run.
-bool is_plain_uci_text(const char *text)
-{
-    for (const char *p = text; *p != '\0'; ++p)
-        if (!is_letter_or_digit(*p) && std::strchr("._@[]- ", *p) == nullptr)
-            return false;
-    return true;
-}
-
 bool is_section_name(const char *text)
 {
     if (*text == '\0')
@@ -55,7 +44,7 @@ bool is_section_name(const char *text)
 // what the file holds: uci -q prints nothing when there is nothing.
 int read_uci_output(const char *format, const char *text, char *value, int size)
 {
-    if (text == nullptr || value == nullptr || size <= 0 || !is_plain_uci_text(text))
+    if (text == nullptr || value == nullptr || size <= 0 || !is_plain_text(text))
         return -1;
     char command[kCommandSize] = {};
     int len = std::snprintf(command, sizeof command, format, text);
@@ -90,20 +79,12 @@ void run_command(const char *fmt, ...)
     std::system(command);
 }
 
-bool is_dotted_ipv4(const char *text)
+bool is_plain_text(const char *text)
 {
-    const char *p = text;
-    for (int part = 0; part < 4; ++part) {
-        if (part > 0 && *p++ != '.')
+    for (const char *p = text; *p != '\0'; ++p)
+        if (!is_letter_or_digit(*p) && std::strchr("._@[]:- ", *p) == nullptr)
             return false;
-        unsigned value = 0;
-        int digits = 0;
-        for (; *p >= '0' && *p <= '9' && digits < 4; ++p, ++digits)
-            value = value * 10 + static_cast<unsigned>(*p - '0');
-        if (digits == 0 || digits > 3 || value > 255)
-            return false;
-    }
-    return *p == '\0';
+    return true;
 }
 
 }  // namespace ke::voip_wan

@@ -12,9 +12,10 @@ inline constexpr unsigned kCommandSize = 256;
 // its exit status is not examined.
 void run_command(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
 
-// A dotted IPv4 address: four decimal numbers of 1 to 3 digits, each at
-// most 255, and nothing else.
-bool is_dotted_ipv4(const char *text);
+// Text that may stand unquoted in a uci command: letters, digits, blanks
+// and ". _ @ [ ] : -" (a uci reference, "config type", an address), nothing
+// that the shell would expand, quote, redirect or run.
+bool is_plain_text(const char *text);
 
 }  // namespace ke::voip_wan
 

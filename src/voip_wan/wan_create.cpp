@@ -106,9 +106,10 @@ void derive_mac(const char *board_mac, int slot, char *text, size_t size)
                   mac[4], mac[5]);
 }
 
-// One dns list entry per DNS server of the record.  The text comes from
-// the OLT: a server that is not a dotted IPv4 address is skipped, so that
-// nothing but an address reaches the shell.
+// One dns list entry per DNS server of the record.  Each server is also
+// copied into the 16-byte value buffer; a server too long for it is still
+// added whole (the failed copy is printed).  The text comes from the OLT:
+// a server holding a character the shell would act on is skipped.
 void add_dns_servers(const WanConn &rec, const char *iface, char *value)
 {
     if (rec.u8(conn::kDns) == 0)
@@ -121,11 +122,12 @@ void add_dns_servers(const WanConn &rec, const char *iface, char *value)
          token = ke_os_strtok(nullptr, ",")) {
         if (*token == '\0')
             continue;
-        if (copy_text(CREATE_SITE, value, kValueSize, token) != 0 || !is_dotted_ipv4(value)) {
-            trace(CREATE_SITE, "DNS server [%s] is not an IPv4 address, skipped\n", token);
+        copy_text(CREATE_SITE, value, kValueSize, token);
+        if (!is_plain_text(token)) {
+            trace(CREATE_SITE, "DNS server [%s] holds a shell character, skipped\n", token);
             continue;
         }
-        run_command("uci add_list network.%s.dns=%s", iface, value);
+        run_command("uci add_list network.%s.dns=%s", iface, token);
     }
 }
 
