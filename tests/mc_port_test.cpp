@@ -65,7 +65,7 @@ TEST_F(McPort, RejectedVersionsKeepTheStoredAttributes)
         }
     }
     EXPECT_EQ(ke_omci_tapi_mc_attr_set(nullptr), 1u);
-    EXPECT_EQ(ke_omci_tapi_mc_attr_get(nullptr), 1u);
+    EXPECT_EQ(ke_omci_tapi_mc_attr_get(nullptr), 0u);
 }
 
 

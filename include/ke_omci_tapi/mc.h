@@ -95,7 +95,7 @@ KE_API void ke_omci_mc_data_init(void);
 KE_API uint32_t ke_omci_tapi_mc_attr_set(const st_mc_attr *pst_attr);
 
 /* Fills ui_igmp_ver (2, 3, 16 or 17) and ui_mc_mode (0 or 1; mode 2
- * reads as 0).  0; a null record: 1. */
+ * reads as 0).  Always 0 (a null record is only traced). */
 KE_API uint32_t ke_omci_tapi_mc_attr_get(st_mc_attr *pst_attr);
 
 /* Upstream IGMP settings of a port.  0 or 1. */

@@ -69,10 +69,13 @@ uint32_t ke_omci_tapi_mc_attr_set(const st_mc_attr *pst_attr)
     return 0;
 }
 
+// Always 0: a null record is only reported.
 uint32_t ke_omci_tapi_mc_attr_get(st_mc_attr *pst_attr)
 {
-    if (pst_attr == nullptr)
-        return reject(KE_SITE);
+    if (pst_attr == nullptr) {
+        reject(KE_SITE);
+        return 0;
+    }
     pst_attr->ui_igmp_ver = map_code(kVersionOut, gst_mc_glb_attr.ui_ver, kVersionOutOther);
     pst_attr->ui_mc_mode = map_code(kModeOut, gst_mc_glb_attr.ui_mode, 0);
     return 0;
