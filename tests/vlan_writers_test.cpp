@@ -162,8 +162,10 @@ TEST_F(VlanWriters, InertNamesAndNullRulesWriteNothing)
         for (auto fn : {ke_omci_tapi_deftag_get, ke_omci_tapi_tpid_set,
                         ke_omci_tapi_untag_addtag_set, ke_omci_tapi_untag_addtag_del,
                         ke_omci_tapi_tls_ctag_set, ke_omci_tapi_tls_ctag_del,
-                        ke_omci_tapi_tls_stag_set, ke_omci_tapi_tls_stag_del})
+                        ke_omci_tapi_tls_stag_set, ke_omci_tapi_tls_stag_del}) {
             EXPECT_EQ(fn(), 0u);
+            EXPECT_EQ(fn(1u, 0x8100u, nullptr), 0u);  // the OMCI stack's arguments, ignored
+        }
         for (auto fn : {ke_omci_tapi_vlan_translation_opt_set,
                         ke_omci_tapi_vlan_translation_opt_del, ke_omci_tapi_qinq_full_set,
                         ke_omci_tapi_qinq_full_del, ke_omci_tapi_qinq_vlan_set,

@@ -158,9 +158,9 @@ KE_API uint32_t ke_omci_tapi_mc_table_del(const st_mc_table *pst_row);
 KE_API uint32_t ke_omci_tapi_mc_range_clr(uint32_t ui_port);
 
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_mc_filter_set(void);
+KE_API uint32_t ke_omci_tapi_mc_filter_set(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_mc_filter_del(void);
+KE_API uint32_t ke_omci_tapi_mc_filter_del(KE_ANY_ARGS);
 
 /* The port dump served as "ke_ke_omci_mc_param_get_call" (its server entry
  * and client stub are in lifecycle.h): prints the multicast state of the

@@ -182,9 +182,9 @@ KE_API uint32_t ke_omci_tapi_optical_attr_get(uint32_t ui_force, uint32_t *pui_s
 KE_API uint32_t ke_omci_tapi_optical_info_get(void *pv_info);
 
 /* Power management set: no action, always 0. */
-KE_API uint32_t ke_omci_tapi_pmu_attr_set(void);
+KE_API uint32_t ke_omci_tapi_pmu_attr_set(KE_ANY_ARGS);
 /* Power management get: no action, always 0. */
-KE_API uint32_t ke_omci_tapi_pmu_attr_get(void);
+KE_API uint32_t ke_omci_tapi_pmu_attr_get(KE_ANY_ARGS);
 
 /* GEM port mapping: which upstream traffic of a user port, selected by
  * its key fields, goes into which GEM port and T-CONT.  The service holds

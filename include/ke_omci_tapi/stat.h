@@ -113,9 +113,9 @@ KE_API uint32_t ke_omci_tapi_stat_eth_get(uint32_t ui_port, st_eth_stat *pst_sta
 KE_API uint32_t ke_omci_tapi_stat_brport_get(uint32_t ui_port, st_brport_stat *pst_stat);
 
 /* Ethernet counter clear: no action (counters are never reset), always 0. */
-KE_API uint32_t ke_omci_tapi_stat_eth_clr(void);
+KE_API uint32_t ke_omci_tapi_stat_eth_clr(KE_ANY_ARGS);
 /* Bridge counter read: no action, always 0. */
-KE_API uint32_t ke_omci_tapi_stat_bridge_get(void);
+KE_API uint32_t ke_omci_tapi_stat_bridge_get(KE_ANY_ARGS);
 
 KE_EXTERN_C_END
 

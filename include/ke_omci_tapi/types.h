@@ -29,6 +29,15 @@
 /* Marks the library's exported names; everything else is hidden. */
 #define KE_API __attribute__((visibility("default")))
 
+/* The parameter list of an entry that takes the OMCI stack's arguments and
+ * ignores them: C++ and C23 callers may pass any arguments or none; older C
+ * has no such list without a named parameter, and calls with none. */
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#define KE_ANY_ARGS ...
+#else
+#define KE_ANY_ARGS void
+#endif
+
 /* Pins a record's size, and a field's offset, on every target. */
 #define KE_ASSERT_SIZE(type, bytes) \
     KE_STATIC_ASSERT(sizeof(type) == (bytes), #type " is " #bytes " bytes")

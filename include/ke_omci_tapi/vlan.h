@@ -236,13 +236,13 @@ KE_API uint32_t ke_omci_tapi_deftag_set(uint32_t ui_port, uint32_t ui_def_vlan_i
                                         uint32_t ui_def_pri, uint32_t ui_tpid_type);
 
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_deftag_get(void);
+KE_API uint32_t ke_omci_tapi_deftag_get(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_tpid_set(void);
+KE_API uint32_t ke_omci_tapi_tpid_set(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_untag_addtag_set(void);
+KE_API uint32_t ke_omci_tapi_untag_addtag_set(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_untag_addtag_del(void);
+KE_API uint32_t ke_omci_tapi_untag_addtag_del(KE_ANY_ARGS);
 
 /* ---- VLAN translation and QinQ ----------------------------------------- */
 
@@ -286,13 +286,13 @@ KE_API uint32_t ke_omci_tapi_qinq_vlan_set(uint32_t ui_port, const st_vlan_rule 
 KE_API uint32_t ke_omci_tapi_qinq_vlan_del(uint32_t ui_port, const st_vlan_rule *pst_rule);
 
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_tls_ctag_set(void);
+KE_API uint32_t ke_omci_tapi_tls_ctag_set(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_tls_ctag_del(void);
+KE_API uint32_t ke_omci_tapi_tls_ctag_del(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_tls_stag_set(void);
+KE_API uint32_t ke_omci_tapi_tls_stag_set(KE_ANY_ARGS);
 /* Accepted, no action, always 0. */
-KE_API uint32_t ke_omci_tapi_tls_stag_del(void);
+KE_API uint32_t ke_omci_tapi_tls_stag_del(KE_ANY_ARGS);
 
 /* ---- SFU and HGU port mode --------------------------------------------- */
 

@@ -3,8 +3,8 @@
 
 extern "C" {
 
-uint32_t ke_omci_tapi_mc_filter_set(void) { return 0; }
+uint32_t ke_omci_tapi_mc_filter_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_mc_filter_del(void) { return 0; }
+uint32_t ke_omci_tapi_mc_filter_del(KE_ANY_ARGS) { return 0; }
 
 }  // extern "C"

@@ -93,8 +93,8 @@ uint32_t ke_omci_tapi_optical_info_get(void *pv_info)
     return 0;
 }
 
-uint32_t ke_omci_tapi_pmu_attr_set(void) { return 0; }
+uint32_t ke_omci_tapi_pmu_attr_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_pmu_attr_get(void) { return 0; }
+uint32_t ke_omci_tapi_pmu_attr_get(KE_ANY_ARGS) { return 0; }
 
 }  // extern "C"

@@ -85,8 +85,8 @@ uint32_t ke_omci_tapi_stat_brport_get(uint32_t ui_port, st_brport_stat *pst_stat
                        pst_stat != nullptr ? pst_stat->aui_counter : nullptr);
 }
 
-uint32_t ke_omci_tapi_stat_eth_clr(void) { return 0; }
+uint32_t ke_omci_tapi_stat_eth_clr(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_stat_bridge_get(void) { return 0; }
+uint32_t ke_omci_tapi_stat_bridge_get(KE_ANY_ARGS) { return 0; }
 
 }  // extern "C"

@@ -243,12 +243,12 @@ uint32_t ke_omci_tapi_qinq_vlan_del(uint32_t ui_port, const st_vlan_rule *pst_ru
                            "ret=%d\n");
 }
 
-uint32_t ke_omci_tapi_tls_ctag_set(void) { return 0; }
+uint32_t ke_omci_tapi_tls_ctag_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_tls_ctag_del(void) { return 0; }
+uint32_t ke_omci_tapi_tls_ctag_del(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_tls_stag_set(void) { return 0; }
+uint32_t ke_omci_tapi_tls_stag_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_tls_stag_del(void) { return 0; }
+uint32_t ke_omci_tapi_tls_stag_del(KE_ANY_ARGS) { return 0; }
 
 }  // extern "C"

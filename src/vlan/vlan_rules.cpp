@@ -118,12 +118,12 @@ uint32_t ke_omci_tapi_deftag_set(uint32_t ui_port, uint32_t ui_def_vlan_id, uint
         ui_port, ui_def_vlan_id, ui_def_pri, ui_tpid_type);
 }
 
-uint32_t ke_omci_tapi_deftag_get(void) { return 0; }
+uint32_t ke_omci_tapi_deftag_get(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_tpid_set(void) { return 0; }
+uint32_t ke_omci_tapi_tpid_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_untag_addtag_set(void) { return 0; }
+uint32_t ke_omci_tapi_untag_addtag_set(KE_ANY_ARGS) { return 0; }
 
-uint32_t ke_omci_tapi_untag_addtag_del(void) { return 0; }
+uint32_t ke_omci_tapi_untag_addtag_del(KE_ANY_ARGS) { return 0; }
 
 }  // extern "C"

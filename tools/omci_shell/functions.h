@@ -154,6 +154,10 @@ struct Signature<R (*)(A...)> {
     }
 };
 
+// An entry that ignores its arguments is called with none.
+template <class R>
+struct Signature<R (*)(...)> : Signature<R (*)()> {};
+
 template <auto Fn>
 uint32_t invoke(Args &a)
 {
