@@ -5,9 +5,9 @@
 // library's own command forms with a well-formed argument (a section
 // name as uci gave it, the record's VLAN and priority, a MAC, a dotted
 // address, a DNS server with nothing the shell acts on, a slot, a known
-// keyword); the toolkit passes a caller's text
-// to the shell only when it is plain uci text, and reads back what uci
-// printed.  Also: addresses and MAC arithmetic against a model.
+// keyword); the toolkit passes a caller's text to the shell only when it
+// is plain uci text, and reads back what uci printed.  Also: addresses
+// and MAC arithmetic against a model.
 #include <arpa/inet.h>
 
 #include <cstdio>

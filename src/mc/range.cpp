@@ -34,7 +34,7 @@ uint32_t write_ranges(Site site, RangeRecord &rec)
     return report_info(site, set(rec));
 }
 
-uint32_t entry_valid(const RangeRecord &rec, uint32_t i)
+uint32_t valid_word(const RangeRecord &rec, uint32_t i)
 {
     return rec.u32(RangeTab::entry(i) + RangeTab::ui_valid);
 }
@@ -63,7 +63,7 @@ uint32_t ke_omci_mc_range_add_proc(uint32_t port, const st_mc_table &row)
     if (read_ranges(KE_SITE, rec, port, RangeTab::kMask) != 0)
         return 1;
     uint32_t i = 0;
-    while (i < MC_RANGE_MAX && entry_valid(rec, i) != 0)
+    while (i < MC_RANGE_MAX && valid_word(rec, i) != 0)
         ++i;
     if (i == kNoEntry)
         return 0;
@@ -77,7 +77,7 @@ uint32_t ke_omci_mc_range_del_proc(uint32_t port, const st_mc_table &row)
     if (read_ranges(KE_SITE, rec, port, RangeTab::kMask) != 0)
         return 1;
     uint32_t i = 0;
-    while (i < MC_RANGE_MAX && !(entry_valid(rec, i) == 1 && entry_holds(rec, i, row)))
+    while (i < MC_RANGE_MAX && !(valid_word(rec, i) == 1 && entry_holds(rec, i, row)))
         ++i;
     if (i == kNoEntry)
         return 0;
